@@ -1,0 +1,16 @@
+/**
+ * @file
+ * tessel: memory, strings, streams and text scanning, all families at once. Each header below can
+ * be included alone; base.h states the conventions that hold in all of them.
+ */
+#ifndef TESSEL_H
+#define TESSEL_H
+
+#include "tessel/base.h"
+#include "tessel/file.h"
+#include "tessel/io.h"
+#include "tessel/iotext.h"
+#include "tessel/mem.h"
+#include "tessel/string.h"
+
+#endif

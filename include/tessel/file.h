@@ -1,0 +1,99 @@
+/**
+ * @file
+ * Back ends for streams: over memory blocks and over files.
+ *
+ * The procedures that read, write and seek go into the fields of those names in an io_stream; they
+ * find their record or descriptor through its `handle` and know nothing of its buffer.
+ */
+#ifndef TESSEL_FILE_H
+#define TESSEL_FILE_H
+
+#include "tessel/io.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Flags of fileOpen(). */
+enum {
+    FILE_READ = 0x1,       /**< open for reading */
+    FILE_WRITE = 0x2,      /**< open for writing; a missing file is made */
+    FILE_EXISTING = 0x100, /**< with FILE_WRITE: the file may exist already */
+    FILE_TRUNCATE = 0x200  /**< with FILE_WRITE: cut an existing file to length 0 */
+};
+
+/**
+ * Reads from a memory block.
+ *
+ * @param stream  a stream whose `handle` is the address of an io_memory
+ * @param dest    where to store
+ * @param bytes   how many at most
+ * @return bytes read, 0 at the end of the block
+ */
+TESSEL_API int32_t memRead(io_stream *stream, void *dest, int32_t bytes);
+
+/**
+ * Writes to a memory block, which does not grow.
+ *
+ * @param stream  a stream whose `handle` is the address of an io_memory
+ * @param source  the bytes
+ * @param bytes   how many
+ * @return bytes written; fewer where the block ends, 0 when it is full
+ */
+TESSEL_API int32_t memWrite(io_stream *stream, const void *source, int32_t bytes);
+
+/**
+ * Moves the position in a memory block.
+ *
+ * @param stream  a stream whose `handle` is the address of an io_memory
+ * @param offset  bytes
+ * @param whence  IO_FROM_START, IO_FROM_END; any other value moves from the current position
+ * @return the new position; -1 for one outside of 0 to the block's size, which moves nothing
+ */
+TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
+
+/**
+ * Opens a file and stores its descriptor in the stream's `handle`. Nothing else of the stream is
+ * filled in; a buffer that it has from an earlier use is emptied. The descriptor is not inherited
+ * by programs that this one starts.
+ *
+ * @param stream  the stream
+ * @param path    the file's path
+ * @param flags   FILE_READ, FILE_WRITE or both. With FILE_READ alone the path must name something
+ *                that exists and is no directory. With FILE_WRITE a path that exists is refused
+ *                unless FILE_EXISTING is set, and a new file is made with read and write
+ *                permission for its owner alone
+ * @return 1, or 0 when the file could not be opened or the flags or the path were refused; `handle`
+ *         is -1 after a refusal of the system, unchanged after any other
+ */
+TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags);
+
+/**
+ * Flushes the stream's buffer and closes its file. The buffer stays, and `handle` keeps its value.
+ *
+ * @param stream  a stream; one whose `handle` is 0 has nothing to close
+ * @return 1; 0 when the pending bytes could not be written, and then the file stays open, or when
+ *         the system could not close it
+ */
+TESSEL_API int32_t fileClose(io_stream *stream);
+
+/** Reads from the stream's file: bytes read, 0 at its end, -1 on failure. */
+TESSEL_API int32_t fileRead(io_stream *stream, void *dest, int32_t bytes);
+
+/** Writes to the stream's file: bytes written, -1 on failure. */
+TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t bytes);
+
+/**
+ * Moves the position in the stream's file.
+ *
+ * @return the new position. -1 when the system refused the move or the position does not fit a
+ *         signed 32-bit number; the position is then what it was. Reading and writing go on past
+ *         2 GiB all the same
+ */
+TESSEL_API int32_t fileSeek(io_stream *stream, int32_t offset, int32_t whence);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

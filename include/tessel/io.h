@@ -1,0 +1,316 @@
+/**
+ * @file
+ * Streams: typed transfers, positions and direct views over interchangeable back ends.
+ *
+ * A stream is a record that the caller assembles: three back-end procedures, a word for them and an
+ * optional buffer. There is nothing to open or close. file.h has back ends over memory and files; a
+ * caller may write its own.
+ *
+ * Counts are in elements of the size that the descriptor names (see mem.h), and multi-byte elements
+ * are brought from machine order into the stream's order and back. A descriptor of 0 means bytes.
+ *
+ * Between operations a buffer in read mode is ahead of the stream, by its unread bytes, and a
+ * buffer in write mode behind it, by its pending bytes. The procedures that move data take care of
+ * both, so reads, writes, moves and locks may follow each other in any order, as long as the back
+ * end has a seek procedure.
+ *
+ * A back end's failure is exactly -1. It is passed on and nothing is stored about it: the next call
+ * tries again. No procedure of the library calls a back end that is null.
+ */
+#ifndef TESSEL_IO_H
+#define TESSEL_IO_H
+
+#include "tessel/base.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct io_stream io_stream;
+typedef struct io_buffer io_buffer;
+typedef struct io_memory io_memory;
+typedef struct io_source io_source;
+
+/** The failure of transfers and moves. */
+enum { IO_FAILED = -1 };
+
+/** Where a move counts from. */
+enum {
+    IO_FROM_START = 0,   /**< the start of the data */
+    IO_FROM_CURRENT = 1, /**< the current position */
+    IO_FROM_END = 2      /**< the end of the data */
+};
+
+/** States of a buffer. */
+enum {
+    IO_MODE_NONE = -1, /**< holds nothing */
+    IO_MODE_READ = 1,  /**< holds data of the back end */
+    IO_MODE_WRITE = 2  /**< holds data for the back end */
+};
+
+/** Lock flags: a direction, and how many bytes must be visible. */
+enum {
+    IO_LOCK_READ = 0x1,     /**< reading; the default without IO_LOCK_WRITE */
+    IO_LOCK_WRITE = 0x2,    /**< writing: the view is the buffer's free room */
+    IO_LOCK_THERE = 0x10,   /**< whatever is there; the default without the two below */
+    IO_LOCK_EXACTLY = 0x20, /**< `size` itself is the number that must be visible */
+    IO_LOCK_AT_LEAST = 0x40 /**< `size` points to the number that must be visible */
+};
+
+/**
+ * Reads bytes from a back end.
+ *
+ * @param stream  the stream whose back end this is
+ * @param dest    where to store
+ * @param bytes   how many at most, above 0
+ * @return bytes stored, which may be fewer; 0 at the end of the data, -1 on failure
+ */
+typedef int32_t (*io_read_proc)(io_stream *stream, void *dest, int32_t bytes);
+
+/**
+ * Writes bytes to a back end.
+ *
+ * @param stream  the stream whose back end this is
+ * @param source  the bytes
+ * @param bytes   how many, above 0
+ * @return bytes taken, which may be fewer; -1 on failure
+ */
+typedef int32_t (*io_write_proc)(io_stream *stream, const void *source, int32_t bytes);
+
+/**
+ * Moves a back end's position; an offset of 0 from the current one only asks for it.
+ *
+ * @param stream  the stream whose back end this is
+ * @param offset  bytes
+ * @param whence  IO_FROM_START, IO_FROM_CURRENT or IO_FROM_END
+ * @return the new position, counted from the start, or -1
+ */
+typedef int32_t (*io_seek_proc)(io_stream *stream, int32_t offset, int32_t whence);
+
+/**
+ * A stream. The caller clears the record, sets the procedures it wants and the handle; a null
+ * procedure means that the stream cannot go that way.
+ */
+struct io_stream {
+    io_read_proc read;   /**< caller: the back end's read procedure, or null */
+    io_write_proc write; /**< caller: the back end's write procedure, or null */
+    io_seek_proc seek;   /**< caller: the back end's seek procedure, or null */
+    intptr_t handle;     /**< caller: the back end's own word; only back ends read it */
+    io_buffer *buffer;   /**< library: the buffer, or null for none */
+    uint32_t reserved;   /**< nobody */
+};
+
+/**
+ * A stream's buffer: this head and, directly behind it in the same block, `size` bytes of data. The
+ * library makes it and writes all its fields; callers may read them.
+ */
+struct io_buffer {
+    int32_t size;     /**< capacity in bytes */
+    int32_t count;    /**< read mode: bytes of data that the back end gave; otherwise 0 */
+    int32_t position; /**< read mode: index of the next unread byte; write mode: pending bytes */
+    int32_t mode;     /**< IO_MODE_NONE, IO_MODE_READ or IO_MODE_WRITE */
+};
+
+/** A block of memory to read or write; the caller's, as is the block. */
+struct io_memory {
+    int32_t size;     /**< caller: length of the block in bytes */
+    int32_t position; /**< both: offset of the next byte, from 0 to `size` */
+    void *base;       /**< caller: the block */
+};
+
+/** Locks a view of a context: ioLockBuffer(), ioLockMemory(), or one that promises the same. */
+typedef void *(*io_lock_proc)(void *context, intptr_t size, uint32_t flags);
+
+/** Unlocks a view: ioUnlockBuffer(), ioUnlockMemory(), or one that promises the same. */
+typedef void (*io_unlock_proc)(void *context, const void *end);
+
+/** Direct access to a stream or a block, for readers that need not know which; the caller's. */
+struct io_source {
+    void *context;         /**< caller: an io_stream, an io_memory, or what the procedures want */
+    io_lock_proc lock;     /**< caller: ioLockBuffer, ioLockMemory or its like */
+    io_unlock_proc unlock; /**< caller: ioUnlockBuffer, ioUnlockMemory or its like */
+};
+
+/**
+ * Makes sure that a stream has a buffer of some capacity. A buffer never shrinks, and one that
+ * grows keeps its contents and its mode.
+ *
+ * @param stream  the stream, which owns the buffer until ioFreeBuffer()
+ * @param size    capacity in bytes; 0 means 512, a negative number its magnitude, but at least 512
+ * @return 1, or 0 when memory ran out; the stream and its old buffer then stand unchanged
+ */
+TESSEL_API int32_t ioAllocBuffer(io_stream *stream, int32_t size);
+
+/**
+ * Flushes and releases a stream's buffer.
+ *
+ * @return what ioFlushBuffer() gave; the buffer is gone in either case, with its pending bytes
+ */
+TESSEL_API int32_t ioFreeBuffer(io_stream *stream);
+
+/** Drops unread and pending bytes, without a call to the back end. */
+TESSEL_API void ioResetBuffer(io_stream *stream);
+
+/**
+ * Hands pending bytes to the back end, in one write.
+ *
+ * @return 1, also when there was nothing to do; 0 when the back end did not take all of them, and
+ *         then all still count as pending
+ */
+TESSEL_API int32_t ioFlushBuffer(io_stream *stream);
+
+/**
+ * Brings the back end's position in line with the stream's: writes pending bytes, or seeks back
+ * over unread ones and drops them.
+ *
+ * @return 1, also when there was nothing to do; 0 when the write or the seek failed or there is no
+ *         seek procedure, and then the buffer stands unchanged
+ */
+TESSEL_API int32_t ioSyncBuffer(io_stream *stream);
+
+/**
+ * Reads elements. A request smaller than the buffer's capacity refills an empty buffer; a larger
+ * one goes straight into `dest`. The back end is called twice at most, so fewer elements than asked
+ * for do not mean the end of the data.
+ *
+ * @param stream      the stream
+ * @param dest        room for `count` elements, at any alignment
+ * @param count       number of elements, above 0
+ * @param descriptor  element size and order
+ * @return elements read, 0 at the end of the data. The bytes of an incomplete last element stay in
+ *         `dest` and are not counted. -1 when the back end failed, `read` is null, `count` is 0 or
+ *         below, or the bytes do not fit a signed 32-bit number; bytes taken from the buffer before
+ *         the back end failed are consumed
+ */
+TESSEL_API int32_t ioRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor);
+
+/**
+ * Writes elements. The buffer takes what fits its room; anything else goes past it, behind the
+ * pending bytes.
+ *
+ * @param stream      the stream
+ * @param source      `count` elements, at any alignment. They are brought into stream order in
+ *                    place for the length of the call, and back unless the descriptor has
+ *                    MEM_NO_RESTORE
+ * @param count       number of elements, above 0
+ * @param descriptor  element size, order, MEM_NO_RESTORE
+ * @return elements written; those behind a short count stay in stream order. -1 when the back end
+ *         failed, which leaves all elements in stream order, or when `write` is null, `count` is 0
+ *         or below, or the bytes do not fit a signed 32-bit number
+ */
+TESSEL_API int32_t ioWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor);
+
+/**
+ * Moves the stream's position, writing pending bytes and dropping unread ones. An offset of 0 from
+ * the current position only asks for it and touches nothing.
+ *
+ * @param stream  the stream
+ * @param offset  bytes
+ * @param whence  IO_FROM_START, IO_FROM_CURRENT or IO_FROM_END
+ * @return the new position from the start; -1 when `seek` is null, the pending bytes could not be
+ *         written, the position does not fit a signed 32-bit number or the back end refused the
+ *         move, which has then lost the unread bytes
+ */
+TESSEL_API int32_t ioSeek(io_stream *stream, int32_t offset, int32_t whence);
+
+/**
+ * Skips bytes: with ioSeek() where the stream has a `seek`, so that it depends on the back end
+ * whether the end can be passed, otherwise by reading.
+ *
+ * @param stream  the stream
+ * @param count   bytes, 0 or more
+ * @return 1, or 0 when `count` is negative or the move or a read failed
+ */
+TESSEL_API int32_t ioSkip(io_stream *stream, int32_t count);
+
+/** As ioRead(): 1 if exactly `count` elements came, otherwise 0, also for a `count` of 0. */
+TESSEL_API int32_t ioFullRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor);
+
+/** As ioWrite(): 1 if exactly `count` elements went, otherwise 0, also for a `count` of 0. */
+TESSEL_API int32_t ioFullWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor);
+
+/**
+ * Writes the low bytes of an integer as one element.
+ *
+ * @param stream      the stream
+ * @param value       the integer
+ * @param descriptor  element size 1 (or 0), 2 or 4, and order
+ * @return 1, or 0 when the element did not go or has another size
+ */
+TESSEL_API int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descriptor);
+
+/**
+ * Reads a string record: a length field of one element, then that many bytes.
+ *
+ * @param stream      the stream; it ends up behind the record, also when the string did not fit
+ * @param dest        room for the string, or null for a new block
+ * @param size        with `dest`: its room in bytes, terminator included; a longer string is cut.
+ *                    Without: bytes wanted behind the terminator, 0 or more, left undefined
+ * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
+ * @return `dest`, or the new block, to be released with memFree(); null when the data ended or
+ *         failed within the record, there is no room or memory, the string has 2 to the 31st bytes
+ *         or more, or the field has another size. The position within the record is then undefined
+ */
+TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint32_t descriptor);
+
+/**
+ * Writes a string record: a length field of one element, then that many bytes.
+ *
+ * @param stream      the stream
+ * @param string      the bytes, or null for an empty record
+ * @param length      number of bytes; 0 means up to the terminator. The caller keeps it within what
+ *                    the field can hold: a longer one is written narrowed, and then all the bytes
+ * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
+ * @return 1, or 0 when not all of it went or the field has another size
+ */
+TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t length,
+                                 uint32_t descriptor);
+
+/**
+ * Gives a view of a stream's buffer instead of a copy. A lock consumes nothing and holds nothing;
+ * the view stands until the next call that touches the stream.
+ *
+ * Without IO_LOCK_EXACTLY and IO_LOCK_AT_LEAST, an empty buffer is refilled with one read (or a
+ * full one written out), and the view is all that the buffer then holds: perhaps less than the
+ * source has. With one of them the unread bytes are moved, the buffer grown and read once more
+ * where that is needed to make the number visible.
+ *
+ * @param stream  an io_stream; one without a buffer gets one of 512 bytes or more
+ * @param size    with IO_LOCK_EXACTLY the number of bytes. Otherwise the address of an int32_t that
+ *                receives the bytes visible and, with IO_LOCK_AT_LEAST, holds the number wanted
+ * @param flags   lock flags
+ * @return the next unread byte, or with IO_LOCK_WRITE the next free one; 0 bytes visible mean the
+ *         end of the data. Null when the back end failed or lacks the procedure, memory ran out or
+ *         the data ends before the number; unread bytes are then still there, and what `size`
+ *         points to means nothing
+ */
+TESSEL_API void *ioLockBuffer(void *stream, intptr_t size, uint32_t flags);
+
+/**
+ * Consumes a view up to a point, without a call to the back end.
+ *
+ * @param stream  an io_stream that was locked
+ * @param end     where to go on: in the latest view, or just behind it. In write mode all in front
+ *                of it counts as pending
+ */
+TESSEL_API void ioUnlockBuffer(void *stream, const void *end);
+
+/**
+ * Gives a view of all the rest of a memory block, for reading or writing.
+ *
+ * @param memory  an io_memory
+ * @param size    as for ioLockBuffer()
+ * @param flags   lock flags
+ * @return the byte at the position; null when fewer bytes are left than wanted (with
+ *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies behind the end
+ */
+TESSEL_API void *ioLockMemory(void *memory, intptr_t size, uint32_t flags);
+
+/** Sets the position of an io_memory to `end`, an address in its block or just behind it. */
+TESSEL_API void ioUnlockMemory(void *memory, const void *end);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,187 @@
+/**
+ * @file
+ * Memory: heap blocks, and elements in the byte order of a stream.
+ *
+ * A block is held as one pointer and is the same thing as a block of the C library's allocator.
+ * An exhausted heap shows as a null result and as nothing else. No procedure here keeps state, so
+ * all of them may run in any number of threads, on different data.
+ */
+#ifndef TESSEL_MEM_H
+#define TESSEL_MEM_H
+
+#include "tessel/base.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/**
+ * The element descriptor, one word that goes with every typed stream transfer: the low byte is the
+ * element size in bytes, where 0 and 1 both mean plain bytes, and these bits join it. All others
+ * are ignored.
+ */
+enum {
+    MEM_SIZE_MASK = 0xff,      /**< the element size */
+    MEM_NO_RESTORE = 0x100,    /**< the caller's elements may stay in stream order after a write */
+    MEM_ORDER_LITTLE = 0x1000, /**< stream order: least significant byte first; 0 counts as this */
+    MEM_ORDER_BIG = 0x2000,    /**< stream order: most significant byte first */
+    MEM_ORDER_OTHER = 0x3000,  /**< stream order: neither of the two; no byte is moved for it */
+    MEM_ORDER_MASK = 0x3000    /**< the field that holds the order */
+};
+
+/** Conversion codes, the results of memByteOrderHint(). */
+enum {
+    MEM_CONVERT_NONE = 0,         /**< stream and machine agree */
+    MEM_CONVERT_INVERT = 1,       /**< reverse the bytes of each element */
+    MEM_CONVERT_LITTLE_OTHER = 2, /**< between little-endian and the third order */
+    MEM_CONVERT_BIG_OTHER = 3     /**< between big-endian and the third order */
+};
+
+/**
+ * Converts one element for memConvCopy().
+ *
+ * @param first   the element's address in the first run
+ * @param second  the element's address in the second run; which of the two is read and which is
+ *                written is the procedure's own business
+ */
+typedef void (*mem_convert_proc)(void *first, void *second);
+
+/**
+ * Allocates a block with undefined contents.
+ *
+ * @param size  bytes; 0 gives what malloc(0) gives
+ * @return the block, to be released with memFree(), or null when memory ran out
+ */
+TESSEL_API void *memAlloc(uint32_t size);
+
+/**
+ * Changes the size of a block, keeping its contents up to the smaller of both sizes.
+ *
+ * @param block  a block, or null to allocate one
+ * @param size   bytes
+ * @return the block, possibly moved, or null when memory ran out; the old block then still stands
+ */
+TESSEL_API void *memResize(void *block, uint32_t size);
+
+/** As memAlloc(), with all bytes of the block zero. */
+TESSEL_API void *memCAlloc(uint32_t size);
+
+/**
+ * Releases a block.
+ *
+ * @param block  a block, or null, which does nothing
+ */
+TESSEL_API void memFree(void *block);
+
+/**
+ * Releases the block that a pointer variable holds and sets the variable to null.
+ *
+ * @param blockRef  address of the variable, whatever type of object it points to; the variable may
+ *                  hold null
+ */
+TESSEL_API void memReset(void *blockRef);
+
+/**
+ * Allocates a body with room for a header in front of it, in one block.
+ *
+ * @param size   bytes of the body
+ * @param extra  bytes of the header; nothing records it, so memExtra() and memFreeExtra() must be
+ *               given the same number
+ * @return the body, to be released with memFreeExtra(), or null when memory ran out or the sum does
+ *         not fit 32 bits
+ */
+TESSEL_API void *memAllocExtra(uint32_t size, uint32_t extra);
+
+/** Releases a body from memAllocExtra(); a null `body` does nothing. */
+TESSEL_API void memFreeExtra(void *body, uint32_t extra);
+
+/** The address of a body's header: `body` minus `extra`, computed for a null `body` as well. */
+TESSEL_API void *memExtra(void *body, uint32_t extra);
+
+/**
+ * Rounds up to a multiple: `value` plus `unit` - 1, divided by `unit` towards zero, times `unit`.
+ *
+ * @param value  0 or more for the usual meaning; a negative one goes through the same three steps,
+ *               so that -8 by 4 gives -4
+ * @param unit   above 0 for the usual meaning; 0 gives `value`
+ * @return the multiple; every step wraps at 32 bits
+ */
+TESSEL_API int32_t memAlign(int32_t value, int32_t unit);
+
+/** The machine's own order, found at run time: one of the MEM_ORDER values. */
+TESSEL_API uint32_t memByteOrder(void);
+
+/**
+ * What has to be done to elements of an order on this machine.
+ *
+ * @param order  compared as a whole word with MEM_ORDER_BIG and MEM_ORDER_OTHER; any other value
+ *               counts as little-endian
+ * @return a conversion code
+ */
+TESSEL_API uint32_t memByteOrderHint(uint32_t order);
+
+/**
+ * Brings elements from machine order into a stream's order or back, in place.
+ *
+ * @param data        the first element, at any alignment
+ * @param count       number of elements
+ * @param descriptor  element descriptor
+ * @return 0 when nothing had to be done; otherwise 1, for the third order as well, whose elements
+ *         stay as they are
+ */
+TESSEL_API int32_t memReorder(void *data, uint32_t count, uint32_t descriptor);
+
+/** Reverses `length` bytes in place. */
+TESSEL_API void memInvert(void *data, uint32_t length);
+
+/**
+ * Reverses the bytes inside each of `count` elements of `size` bytes; the elements' order stays.
+ * Applied twice it restores the data.
+ */
+TESSEL_API void memInvertB(void *data, uint32_t count, uint32_t size);
+
+/**
+ * Reverses the order of elements and leaves the bytes inside each alone.
+ *
+ * @param data     the first element
+ * @param scratch  room for one element outside of `data`; undefined afterwards, untouched when
+ *                 there is nothing to exchange
+ * @param count    number of elements; below 2 nothing happens
+ * @param size     bytes of one element
+ */
+TESSEL_API void memInvertA(void *data, void *scratch, int32_t count, uint32_t size);
+
+/**
+ * Walks two addresses in step and calls `convert` with both, `count` times.
+ *
+ * @param first, second          where the runs start
+ * @param convert                called with both addresses
+ * @param count                  number of calls; 0 or below makes none
+ * @param firstStep, secondStep  bytes from one element to the next, also 0 or negative
+ */
+TESSEL_API void memConvCopy(void *first, void *second, mem_convert_proc convert, int32_t count,
+                            int32_t firstStep, int32_t secondStep);
+
+/**
+ * Narrows a 32-bit integer in place: its low `width` bytes come to stand at its own address, in
+ * machine order.
+ *
+ * @param address  a 32-bit integer in machine order, at any alignment
+ * @param width    1 or 2; any other width does nothing
+ */
+TESSEL_API void memReduceInt(void *address, uint32_t width);
+
+/**
+ * Reads a stored integer in machine order, at any alignment.
+ *
+ * @param address  the integer
+ * @param width    1 or 2 bytes, zero-extended; any other width reads four bytes
+ * @return the integer
+ */
+TESSEL_API uint32_t memRestoreInt(const void *address, uint32_t width);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,461 @@
+#include "tessel/io.h"
+
+#include "tessel/mem.h"
+
+#include "bytes.h"
+#include "element.h"
+#include "io_internal.h"
+
+#include <stddef.h>
+#include <string.h>
+
+constexpr size_t word = sizeof(void *);
+
+static_assert(offsetof(io_stream, write) == word && offsetof(io_stream, seek) == 2 * word &&
+              offsetof(io_stream, handle) == 3 * word && offsetof(io_stream, buffer) == 4 * word &&
+              offsetof(io_stream, reserved) == 5 * word && sizeof(io_stream) == 6 * word);
+static_assert(offsetof(io_buffer, count) == 4 && offsetof(io_buffer, position) == 8 &&
+              offsetof(io_buffer, mode) == 12 && sizeof(io_buffer) == 16);
+static_assert(offsetof(io_memory, position) == 4 && offsetof(io_memory, base) == 8 &&
+              sizeof(io_memory) == 8 + word);
+static_assert(offsetof(io_source, lock) == word && offsetof(io_source, unlock) == 2 * word &&
+              sizeof(io_source) == 3 * word);
+
+// Buffers
+
+static int32_t wanted_capacity(int32_t size)
+{
+    if (size > 0)
+        return size;
+    // The lowest number has no magnitude.
+    const int32_t magnitude = size == INT32_MIN ? 0 : -size;
+    return magnitude > io_default_capacity ? magnitude : io_default_capacity;
+}
+
+int32_t ioAllocBuffer(io_stream *stream, int32_t size)
+{
+    const int32_t capacity = wanted_capacity(size);
+    io_buffer *const old = stream->buffer;
+    if (old && old->size >= capacity)
+        return 1;
+    const uint32_t bytes =
+        static_cast<uint32_t>(sizeof(io_buffer)) + static_cast<uint32_t>(capacity);
+    io_buffer *const buffer = static_cast<io_buffer *>(memResize(old, bytes));
+    if (!buffer)
+        return 0;
+    buffer->size = capacity;
+    if (!old)
+        io_reset_buffer(buffer);
+    stream->buffer = buffer;
+    return 1;
+}
+
+int32_t ioFreeBuffer(io_stream *stream)
+{
+    const int32_t flushed = ioFlushBuffer(stream);
+    memReset(&stream->buffer);
+    return flushed;
+}
+
+void io_reset_buffer(io_buffer *buffer)
+{
+    buffer->count = 0;
+    buffer->position = 0;
+    buffer->mode = IO_MODE_NONE;
+}
+
+void ioResetBuffer(io_stream *stream)
+{
+    if (stream->buffer)
+        io_reset_buffer(stream->buffer);
+}
+
+int32_t ioFlushBuffer(io_stream *stream)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (!buffer || buffer->mode != IO_MODE_WRITE || buffer->position == 0)
+        return 1;
+    if (stream->write(stream, io_data(buffer), buffer->position) != buffer->position)
+        return 0;
+    buffer->position = 0;
+    return 1;
+}
+
+int32_t ioSyncBuffer(io_stream *stream)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (!buffer || buffer->mode == IO_MODE_NONE)
+        return 1;
+    if (buffer->mode == IO_MODE_WRITE)
+        return ioFlushBuffer(stream);
+    const int32_t unread = buffer->count - buffer->position;
+    if (unread != 0) {
+        if (!stream->seek || stream->seek(stream, -unread, IO_FROM_CURRENT) == IO_FAILED)
+            return 0;
+    }
+    io_reset_buffer(buffer);
+    return 1;
+}
+
+int32_t io_ready_rmode(io_stream *stream, int32_t threshold)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (buffer->mode == IO_MODE_WRITE && !ioFlushBuffer(stream))
+        return IO_FAILED;
+    int32_t unread = buffer->count - buffer->position;
+    if (unread == 0 && threshold <= buffer->size) {
+        unread = stream->read(stream, io_data(buffer), buffer->size);
+        if (unread == IO_FAILED)
+            return IO_FAILED;
+        buffer->count = unread;
+        buffer->position = 0;
+    }
+    buffer->mode = IO_MODE_READ;
+    return unread;
+}
+
+int32_t io_ready_wmode(io_stream *stream, int32_t threshold)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (buffer->mode == IO_MODE_READ && !ioSyncBuffer(stream))
+        return IO_FAILED;
+    buffer->mode = IO_MODE_WRITE;
+    const bool full = buffer->position == buffer->size;
+    if (full && threshold <= buffer->size && !ioFlushBuffer(stream))
+        return IO_FAILED;
+    return buffer->size - buffer->position;
+}
+
+// Transfers
+
+// Bytes of `count` elements; 0 for none, and for more than a back end can be asked for.
+static int32_t request_bytes(int32_t count, uint32_t descriptor)
+{
+    if (count <= 0)
+        return 0;
+    const int64_t bytes = int64_t{count} * element_size(descriptor);
+    return bytes <= INT32_MAX ? static_cast<int32_t>(bytes) : 0;
+}
+
+// One above the request: only a request that is smaller than the capacity refills an empty buffer
+// or writes out a full one.
+static int32_t request_threshold(int32_t request)
+{
+    return request < INT32_MAX ? request + 1 : INT32_MAX;
+}
+
+// Elements that `bytes` hold whole. Most transfers move all that was asked for, which spares them
+// the division.
+static int32_t whole_elements(int32_t bytes, int32_t request, int32_t count, uint32_t descriptor)
+{
+    return bytes == request ? count : bytes / static_cast<int32_t>(element_size(descriptor));
+}
+
+static int32_t read_bytes(io_stream *stream, void *dest, int32_t request)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (!buffer)
+        return stream->read(stream, dest, request);
+    const int32_t unread = io_ready_rmode(stream, request_threshold(request));
+    if (unread >= request) {
+        copy_bytes(dest, io_current(buffer), static_cast<uint32_t>(request));
+        buffer->position += request;
+        return request;
+    }
+    if (unread == IO_FAILED)
+        return IO_FAILED;
+    // The rest comes straight from the back end, however little it is.
+    copy_bytes(dest, io_current(buffer), static_cast<uint32_t>(unread));
+    buffer->position += unread;
+    const int32_t rest = stream->read(stream, static_cast<char *>(dest) + unread, request - unread);
+    return rest == IO_FAILED ? IO_FAILED : unread + rest;
+}
+
+int32_t ioRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor)
+{
+    const int32_t request = request_bytes(count, descriptor);
+    if (!stream->read || request == 0)
+        return IO_FAILED;
+    const int32_t bytes = read_bytes(stream, dest, request);
+    if (bytes == IO_FAILED)
+        return IO_FAILED;
+    const int32_t elements = whole_elements(bytes, request, count, descriptor);
+    if (element_conversion(descriptor) != MEM_CONVERT_NONE)
+        memReorder(dest, static_cast<uint32_t>(elements), descriptor);
+    return elements;
+}
+
+static int32_t write_bytes(io_stream *stream, const void *source, int32_t request)
+{
+    io_buffer *const buffer = stream->buffer;
+    if (!buffer)
+        return stream->write(stream, source, request);
+    const int32_t room = io_ready_wmode(stream, request_threshold(request));
+    if (room >= request) {
+        copy_bytes(io_current(buffer), source, static_cast<uint32_t>(request));
+        buffer->position += request;
+        return request;
+    }
+    if (room == IO_FAILED || !ioFlushBuffer(stream))
+        return IO_FAILED;
+    return stream->write(stream, source, request);
+}
+
+int32_t ioWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor)
+{
+    const int32_t request = request_bytes(count, descriptor);
+    if (!stream->write || request == 0)
+        return IO_FAILED;
+    // Only elements that were really inverted are inverted back.
+    const bool inverted = element_conversion(descriptor) == MEM_CONVERT_INVERT;
+    if (inverted)
+        memInvertB(source, static_cast<uint32_t>(count), element_size(descriptor));
+    const int32_t bytes = write_bytes(stream, source, request);
+    if (bytes == IO_FAILED)
+        return IO_FAILED;
+    const int32_t elements = whole_elements(bytes, request, count, descriptor);
+    if (inverted && !(descriptor & MEM_NO_RESTORE))
+        memInvertB(source, static_cast<uint32_t>(elements), element_size(descriptor));
+    return elements;
+}
+
+int32_t ioFullRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor)
+{
+    return count > 0 && ioRead(stream, dest, count, descriptor) == count;
+}
+
+int32_t ioFullWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor)
+{
+    return count > 0 && ioWrite(stream, source, count, descriptor) == count;
+}
+
+// Positions
+
+// The stream's position, from that of the back end: behind it by the unread bytes, or ahead of it
+// by the pending ones.
+static int32_t logical_position(io_stream *stream)
+{
+    const io_buffer *const buffer = stream->buffer;
+    const int32_t position = stream->seek(stream, 0, IO_FROM_CURRENT);
+    if (position == IO_FAILED)
+        return IO_FAILED;
+    const int64_t logical = int64_t{position} + buffer->position - buffer->count;
+    return logical <= INT32_MAX ? static_cast<int32_t>(logical) : IO_FAILED;
+}
+
+int32_t ioSeek(io_stream *stream, int32_t offset, int32_t whence)
+{
+    if (!stream->seek)
+        return IO_FAILED;
+    io_buffer *const buffer = stream->buffer;
+    if (!buffer)
+        return stream->seek(stream, offset, whence);
+    if (whence == IO_FROM_CURRENT && offset == 0)
+        return logical_position(stream);
+
+    int64_t distance = offset;
+    if (whence == IO_FROM_CURRENT && buffer->mode == IO_MODE_READ)
+        distance -= buffer->count - buffer->position;
+    if (distance < INT32_MIN)
+        return IO_FAILED;
+    if (buffer->mode == IO_MODE_WRITE) {
+        if (!ioFlushBuffer(stream))
+            return IO_FAILED;
+    } else {
+        buffer->position = 0;
+        buffer->count = 0;
+    }
+    return stream->seek(stream, static_cast<int32_t>(distance), whence);
+}
+
+int32_t ioSkip(io_stream *stream, int32_t count)
+{
+    if (count <= 0)
+        return count == 0;
+    if (stream->seek)
+        return ioSeek(stream, count, IO_FROM_CURRENT) != IO_FAILED;
+    char scratch[512];
+    constexpr int32_t step = sizeof scratch;
+    for (; count > step; count -= step) {
+        if (!ioFullRead(stream, scratch, step, 0))
+            return 0;
+    }
+    return ioFullRead(stream, scratch, count, 0);
+}
+
+// Integers and strings
+
+// The width of an integer in a stream: 1, 2 or 4, or 0 for a descriptor that has no integer's size.
+static uint32_t integer_width(uint32_t descriptor)
+{
+    const uint32_t size = element_size(descriptor);
+    return size == 1 || size == 2 || size == 4 ? size : 0;
+}
+
+int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descriptor)
+{
+    const uint32_t width = integer_width(descriptor);
+    if (width == 0)
+        return 0;
+    memReduceInt(&value, width);
+    return ioFullWrite(stream, &value, 1, descriptor);
+}
+
+// Reads `length` bytes into `dest`, skips `excess` more and terminates the string.
+static bool read_text(io_stream *stream, char *dest, int32_t length, int32_t excess)
+{
+    if (length != 0 && !ioFullRead(stream, dest, length, 0))
+        return false;
+    if (excess != 0 && !ioSkip(stream, excess))
+        return false;
+    dest[length] = '\0';
+    return true;
+}
+
+char *ioReadString(io_stream *stream, char *dest, int32_t size, uint32_t descriptor)
+{
+    const uint32_t width = integer_width(descriptor);
+    uint32_t field = 0;
+    if (width == 0 || !ioFullRead(stream, &field, 1, descriptor))
+        return nullptr;
+    const uint32_t stored = memRestoreInt(&field, width);
+    if (stored > INT32_MAX)
+        return nullptr;
+    const int32_t length = static_cast<int32_t>(stored);
+
+    if (dest) {
+        if (size < 1)
+            return nullptr;
+        const int32_t kept = length < size ? length : size - 1;
+        return read_text(stream, dest, kept, length - kept) ? dest : nullptr;
+    }
+    if (size < 0)
+        return nullptr;
+    char *block = static_cast<char *>(memAlloc(stored + static_cast<uint32_t>(size) + 1));
+    if (block && !read_text(stream, block, length, 0))
+        memReset(&block);
+    return block;
+}
+
+int32_t ioWriteString(io_stream *stream, const char *string, int32_t length, uint32_t descriptor)
+{
+    if (!string)
+        return ioWriteInt(stream, 0, descriptor);
+    if (length == 0) {
+        const size_t measured = strlen(string);
+        if (measured > INT32_MAX)
+            return 0;
+        length = static_cast<int32_t>(measured);
+    }
+    if (!ioWriteInt(stream, static_cast<uint32_t>(length), descriptor))
+        return 0;
+    // Plain bytes are written from where they are and never changed.
+    return length == 0 || ioFullWrite(stream, const_cast<char *>(string), length, 0);
+}
+
+// Direct access
+
+static int32_t ready_any(io_stream *stream, uint32_t flags)
+{
+    return flags & IO_LOCK_WRITE ? io_ready_wmode(stream, 0) : io_ready_rmode(stream, 0);
+}
+
+// A view of exactly the room that a writer wants, with the pending bytes out of its way.
+static char *lock_room(io_stream *stream, int32_t wanted)
+{
+    const int32_t room = io_ready_wmode(stream, 0);
+    if (room == IO_FAILED || (room < wanted && !ioFlushBuffer(stream)))
+        return nullptr;
+    return io_current(stream->buffer);
+}
+
+// A view of `wanted` unread bytes: those in the buffer are moved to its start and one read fills
+// the space behind them. `minimum` bytes are enough; the number visible goes to `visible` then.
+static char *lock_unread(io_stream *stream, int32_t wanted, int32_t minimum, int32_t *visible)
+{
+    const int32_t unread = io_ready_rmode(stream, 0);
+    if (unread == IO_FAILED)
+        return nullptr;
+    io_buffer *const buffer = stream->buffer;
+    if (unread >= wanted)
+        return io_current(buffer);
+
+    char *const data = io_data(buffer);
+    memmove(data, io_current(buffer), static_cast<uint32_t>(unread));
+    buffer->count = unread;
+    buffer->position = 0;
+    const int32_t more = stream->read(stream, data + unread, buffer->size - unread);
+    if (more == IO_FAILED)
+        return nullptr;
+    buffer->count += more;
+    if (buffer->count < minimum)
+        return nullptr;
+    if (buffer->count < wanted)
+        *visible = buffer->count;
+    return data;
+}
+
+void *ioLockBuffer(void *context, intptr_t size, uint32_t flags)
+{
+    io_stream *const stream = static_cast<io_stream *>(context);
+    if (flags & IO_LOCK_WRITE ? !stream->write : !stream->read)
+        return nullptr;
+    const bool exactly = flags & IO_LOCK_EXACTLY;
+    const int32_t number = exactly ? static_cast<int32_t>(size) : 0;
+    if (!stream->buffer && !ioAllocBuffer(stream, wrap_negate(number)))
+        return nullptr;
+
+    int32_t wanted = number;
+    int32_t minimum = number;
+    int32_t *const visible = exactly ? nullptr : reinterpret_cast<int32_t *>(size);
+    if (!exactly) {
+        const int32_t available = ready_any(stream, flags);
+        if (available == IO_FAILED)
+            return nullptr;
+        minimum = flags & IO_LOCK_AT_LEAST ? *visible : 0;
+        if (!(flags & IO_LOCK_AT_LEAST) || available >= minimum) {
+            *visible = available;
+            return io_current(stream->buffer);
+        }
+        wanted = minimum > stream->buffer->size ? minimum : stream->buffer->size;
+        *visible = wanted;
+    }
+    if (stream->buffer->size < wanted && !ioAllocBuffer(stream, wanted))
+        return nullptr;
+    return flags & IO_LOCK_WRITE ? lock_room(stream, wanted)
+                                 : lock_unread(stream, wanted, minimum, visible);
+}
+
+void ioUnlockBuffer(void *context, const void *end)
+{
+    io_buffer *const buffer = static_cast<io_stream *>(context)->buffer;
+    buffer->position = static_cast<int32_t>(static_cast<const char *>(end) - io_data(buffer));
+}
+
+void *ioLockMemory(void *context, intptr_t size, uint32_t flags)
+{
+    const io_memory *const memory = static_cast<io_memory *>(context);
+    const int32_t left = memory->size - memory->position;
+    if (left < 0)
+        return nullptr;
+    if (flags & IO_LOCK_AT_LEAST) {
+        int32_t *const visible = reinterpret_cast<int32_t *>(size);
+        const int32_t minimum = *visible;
+        *visible = left;
+        if (left < minimum)
+            return nullptr;
+    } else if (flags & IO_LOCK_EXACTLY) {
+        if (left < static_cast<int32_t>(size))
+            return nullptr;
+    } else {
+        *reinterpret_cast<int32_t *>(size) = left;
+    }
+    return static_cast<char *>(memory->base) + memory->position;
+}
+
+void ioUnlockMemory(void *context, const void *end)
+{
+    io_memory *const memory = static_cast<io_memory *>(context);
+    memory->position =
+        static_cast<int32_t>(static_cast<const char *>(end) - static_cast<char *>(memory->base));
+}

@@ -1,0 +1,695 @@
+#include "tessel/iotext.h"
+
+#include "tessel/string.h"
+
+#include "bytes.h"
+#include "char_set.h"
+#include "iotext_internal.h"
+
+#include <stddef.h>
+#include <string.h>
+
+constexpr size_t word = sizeof(void *);
+
+static_assert(offsetof(io_text, line_comment_length) == 4 &&
+              offsetof(io_text, block_open_length) == 8 &&
+              offsetof(io_text, block_close_length) == 12);
+static_assert(offsetof(io_text, line_comment) == 16 && offsetof(io_text, block_open) == 16 + word &&
+              offsetof(io_text, block_close) == 16 + 2 * word &&
+              offsetof(io_text, callback) == 16 + 3 * word &&
+              offsetof(io_text, callback_data) == 16 + 4 * word &&
+              offsetof(io_text, callback_flags) == 16 + 5 * word);
+static_assert(offsetof(io_text, terminator) == 20 + 5 * word &&
+              offsetof(io_text, error_line) == 24 + 5 * word &&
+              offsetof(io_text, count) == 28 + 5 * word && sizeof(io_text) == 32 + 5 * word);
+
+// Scratch for all scans without a record; it never gets delimiters or a callback.
+static io_text io_text_default;
+
+// A scan that ends at once: the source failed, and neither the item nor the record is completed.
+static constexpr int32_t scan_broken = INT32_MIN;
+
+static constexpr char_set line_end_set = char_set_of("\r\n");
+
+// One scan. A view of the source is held while `cursor` is not null.
+struct text_scan {
+    const io_source *source; // the caller's record, for the callback
+    io_source access;        // its procedures, as they were at the start
+    io_text *text;
+    const char *cursor; // the next character of the view
+    int32_t available;  // characters of the view from the cursor on
+    int32_t line;       // line ends passed
+    uint32_t events;    // the events that the callback wants
+    uint32_t mode;      // mode bits
+    char_set stops;     // characters that end the scan, a line end being tested as a line feed
+    char_set specials;  // characters that need a look: stops, line ends, starts of delimiters
+    char *dest;         // the item's room, or null
+    int64_t capacity;   // characters that fit
+    int64_t count;      // characters of the item so far
+};
+
+// Views
+
+static void release_view(text_scan &scan)
+{
+    if (scan.cursor)
+        scan.access.unlock(scan.access.context, scan.cursor);
+    scan.cursor = nullptr;
+    scan.available = 0;
+}
+
+// Moves on to the next view; one of no characters means the end of the input.
+static bool next_view(text_scan &scan)
+{
+    release_view(scan);
+    void *const view =
+        scan.access.lock(scan.access.context, reinterpret_cast<intptr_t>(&scan.available),
+                         IO_LOCK_READ | IO_LOCK_THERE);
+    scan.cursor = static_cast<const char *>(view);
+    return view != nullptr;
+}
+
+static void advance(text_scan &scan, int32_t characters)
+{
+    scan.cursor += characters;
+    scan.available -= characters;
+}
+
+enum class lookahead { enough, ended, broken };
+
+// Makes at least `minimum` characters visible.
+static lookahead look_ahead(text_scan &scan, int32_t minimum)
+{
+    for (;;) {
+        const int32_t before = scan.available;
+        scan.access.unlock(scan.access.context, scan.cursor);
+        int32_t visible = minimum;
+        void *const view =
+            scan.access.lock(scan.access.context, reinterpret_cast<intptr_t>(&visible),
+                             IO_LOCK_READ | IO_LOCK_AT_LEAST);
+        if (view) {
+            scan.cursor = static_cast<const char *>(view);
+            scan.available = visible;
+            return lookahead::enough;
+        }
+        // No view: the source failed, the input ended, or it is slow in coming. What lies there
+        // now tells which.
+        scan.cursor = nullptr;
+        if (!next_view(scan) || scan.available == 0)
+            return lookahead::broken;
+        if (scan.available <= before)
+            return lookahead::ended;
+    }
+}
+
+// Events
+
+static uint32_t wanted_events(const io_text *text)
+{
+    return text->callback ? text->callback_flags : 0;
+}
+
+static int32_t raise(text_scan &scan, int32_t event, uint32_t wanted, const char *character)
+{
+    if (!(scan.events & wanted))
+        return 0;
+    // Delimiters are handed over as they are; the callback has no business changing them.
+    const int32_t answer =
+        scan.text->callback(scan.source, scan.text, event, const_cast<char *>(character));
+    if (event != IOTEXT_ON_CHARACTER || answer != IOTEXT_DROP)
+        scan.events = wanted_events(scan.text);
+    return answer;
+}
+
+// Line ends
+
+static bool is_line_end(char c)
+{
+    return c == '\n' || c == '\r';
+}
+
+const char *io_text_skip_lineend(const io_source *source, const char *cursor, int32_t *available)
+{
+    const char first = cursor[-1];
+    int32_t visible = *available;
+    if (visible == 0) {
+        source->unlock(source->context, cursor);
+        void *const view = source->lock(source->context, reinterpret_cast<intptr_t>(&visible),
+                                        IO_LOCK_READ | IO_LOCK_THERE);
+        cursor = static_cast<const char *>(view);
+        if (!view || visible == 0)
+            return cursor;
+    }
+    const bool pair = is_line_end(*cursor) && *cursor != first;
+    *available = pair ? visible - 1 : visible;
+    return pair ? cursor + 1 : cursor;
+}
+
+// Consumes a line end in whichever form it comes. False when the source failed.
+static bool pass_line_end(text_scan &scan)
+{
+    advance(scan, 1);
+    scan.cursor = io_text_skip_lineend(&scan.access, scan.cursor, &scan.available);
+    return scan.cursor != nullptr;
+}
+
+// Number of characters from the cursor on that are in front of the first member of `set`.
+static int32_t run_before(const text_scan &scan, const char_set &set)
+{
+    int32_t run = 0;
+    while (run < scan.available && !char_set_has(set, scan.cursor[run]))
+        run++;
+    return run;
+}
+
+// Comments
+
+static int32_t scan_line_comment(text_scan &scan)
+{
+    io_text *const text = scan.text;
+    if (raise(scan, IOTEXT_ON_LINE_OPEN, IOTEXT_WANT_LINE_BOUNDS, text->line_comment) ==
+        IOTEXT_CANCELLED)
+        return IOTEXT_CANCELLED;
+
+    char line_feed[] = "\n";
+    const char *closed_by = nullptr;
+    while (!closed_by) {
+        if (scan.available == 0 && !next_view(scan))
+            return scan_broken;
+        if (scan.available == 0)
+            break;
+        if (!(scan.events & IOTEXT_WANT_LINE_COMMENTS)) {
+            advance(scan, run_before(scan, line_end_set));
+            if (scan.available == 0)
+                continue;
+        }
+        char ch = *scan.cursor;
+        if (!is_line_end(ch)) {
+            advance(scan, 1);
+            if (raise(scan, IOTEXT_ON_LINE_COMMENT, IOTEXT_WANT_LINE_COMMENTS, &ch) ==
+                IOTEXT_CANCELLED)
+                return IOTEXT_CANCELLED;
+            continue;
+        }
+        ch = '\n';
+        if (raise(scan, IOTEXT_ON_CHARACTER, IOTEXT_WANT_CHARACTERS, &ch) == IOTEXT_CANCELLED) {
+            advance(scan, 1);
+            return IOTEXT_CANCELLED;
+        }
+        scan.line = wrap_add(scan.line, 1);
+        if (!pass_line_end(scan))
+            return IOTEXT_FAILED;
+        closed_by = line_feed;
+    }
+    release_view(scan);
+    if (raise(scan, IOTEXT_ON_LINE_CLOSE, IOTEXT_WANT_LINE_BOUNDS, closed_by) == IOTEXT_CANCELLED)
+        return IOTEXT_CANCELLED;
+    return IOTEXT_COMMENT;
+}
+
+enum class match { yes, no, ended, broken };
+
+// Compares a delimiter with the input at the cursor and consumes it where it stands there.
+static match pass_delimiter(text_scan &scan, const char *delimiter, int32_t length)
+{
+    if (!delimiter || length <= 0 || *delimiter != *scan.cursor)
+        return match::no;
+    if (scan.available < length) {
+        const lookahead outcome = look_ahead(scan, length);
+        if (outcome != lookahead::enough)
+            return outcome == lookahead::ended ? match::ended : match::broken;
+    }
+    if (memcmp(scan.cursor, delimiter, static_cast<uint32_t>(length)) != 0)
+        return match::no;
+    advance(scan, length);
+    release_view(scan);
+    return match::yes;
+}
+
+static int32_t comment_fault(text_scan &scan)
+{
+    scan.text->error_line = scan.line;
+    return IOTEXT_COMMENT_FAULT;
+}
+
+// The lines of a block comment count only when it ends, so `pending` holds them until then.
+static int32_t scan_block_comment(text_scan &scan)
+{
+    io_text *const text = scan.text;
+    if (raise(scan, IOTEXT_ON_BLOCK_OPEN, IOTEXT_WANT_BLOCK_BOUNDS, text->block_open) ==
+        IOTEXT_CANCELLED)
+        return IOTEXT_CANCELLED;
+
+    char_set specials = line_end_set;
+    if (text->block_close && text->block_close_length > 0)
+        char_set_add(specials, *text->block_close);
+    int32_t pending = 0;
+    for (;;) {
+        if (scan.available == 0 && !next_view(scan))
+            return scan_broken;
+        if (scan.available == 0)
+            break;
+        if (!(scan.events & IOTEXT_WANT_BLOCK_COMMENTS)) {
+            advance(scan, run_before(scan, specials));
+            if (scan.available == 0)
+                continue;
+        }
+        char ch = *scan.cursor;
+        if (is_line_end(ch)) {
+            pending = wrap_add(pending, 1);
+            if (!pass_line_end(scan))
+                return IOTEXT_FAILED;
+            ch = '\n';
+        } else {
+            const match outcome = pass_delimiter(scan, text->block_close, text->block_close_length);
+            if (outcome == match::broken)
+                return scan_broken;
+            if (outcome == match::ended)
+                break;
+            if (outcome == match::yes) {
+                scan.line = wrap_add(scan.line, pending);
+                const int32_t answer =
+                    raise(scan, IOTEXT_ON_BLOCK_CLOSE, IOTEXT_WANT_BLOCK_BOUNDS, text->block_close);
+                return answer == IOTEXT_CANCELLED ? IOTEXT_CANCELLED : IOTEXT_COMMENT;
+            }
+            advance(scan, 1);
+        }
+        if (raise(scan, IOTEXT_ON_BLOCK_COMMENT, IOTEXT_WANT_BLOCK_COMMENTS, &ch) ==
+            IOTEXT_CANCELLED)
+            return IOTEXT_CANCELLED;
+    }
+    scan.line = wrap_add(scan.line, pending);
+    return comment_fault(scan);
+}
+
+// Text
+
+// Tries the three delimiters at the cursor. Where one stands there, the result is that of what it
+// opens; otherwise it is IOTEXT_STOPPED, which no comment gives, and the view may have moved.
+static int32_t scan_delimiter(text_scan &scan)
+{
+    constexpr int32_t none = IOTEXT_STOPPED;
+    const io_text *const text = scan.text;
+    match outcome = pass_delimiter(scan, text->line_comment, text->line_comment_length);
+    if (outcome == match::yes)
+        return scan_line_comment(scan);
+    if (outcome == match::no) {
+        outcome = pass_delimiter(scan, text->block_open, text->block_open_length);
+        if (outcome == match::yes)
+            return scan_block_comment(scan);
+    }
+    if (outcome == match::no) {
+        outcome = pass_delimiter(scan, text->block_close, text->block_close_length);
+        if (outcome == match::yes)
+            return comment_fault(scan);
+    }
+    return outcome == match::broken ? scan_broken : none;
+}
+
+// Moves the ordinary characters at the cursor at once. A full room ends the run, and the character
+// that does not fit is left for the step that knows what to do with it.
+static void take_run(text_scan &scan)
+{
+    const bool counted_only = !scan.dest || (scan.mode & IOTEXT_CUT && scan.count >= scan.capacity);
+    if (counted_only) {
+        const int32_t run = run_before(scan, scan.specials);
+        scan.count += run;
+        advance(scan, run);
+        return;
+    }
+    const int64_t room = scan.capacity - scan.count;
+    const int32_t limit = room < scan.available ? static_cast<int32_t>(room) : scan.available;
+    const char *const from = scan.cursor;
+    char *const to = scan.dest + scan.count;
+    int32_t run = 0;
+    while (run < limit && !char_set_has(scan.specials, from[run])) {
+        to[run] = from[run];
+        run++;
+    }
+    scan.count += run;
+    advance(scan, run);
+}
+
+// Adds one character to the item. False when it does not fit and may not be dropped.
+static bool take_character(text_scan &scan, char ch)
+{
+    if (scan.dest) {
+        if (scan.count < scan.capacity)
+            scan.dest[scan.count] = ch;
+        else if (!(scan.mode & IOTEXT_CUT))
+            return false;
+    }
+    scan.count++;
+    return true;
+}
+
+static int32_t scan_text(text_scan &scan)
+{
+    for (;;) {
+        if (scan.available == 0 && !next_view(scan))
+            return scan_broken;
+        if (scan.available == 0)
+            return IOTEXT_END;
+        if (!(scan.events & IOTEXT_WANT_CHARACTERS)) {
+            take_run(scan);
+            if (scan.available == 0)
+                continue;
+        }
+
+        char ch = *scan.cursor;
+        if (!(scan.mode & IOTEXT_NO_COMMENTS)) {
+            const int32_t result = scan_delimiter(scan);
+            if (result != IOTEXT_STOPPED)
+                return result;
+        }
+
+        // The stop is known before the character is consumed, so that an inverted scan has nothing
+        // to put back: a line end could not be, once its view is gone.
+        const bool line_end = is_line_end(ch);
+        if (line_end)
+            ch = '\n';
+        const bool stop = char_set_has(scan.stops, ch);
+        if (stop && scan.mode & IOTEXT_INVERTED) {
+            scan.text->terminator = static_cast<signed char>(ch);
+            return IOTEXT_STOPPED;
+        }
+        if (line_end) {
+            scan.line = wrap_add(scan.line, 1);
+            if (!pass_line_end(scan))
+                return IOTEXT_FAILED;
+        } else {
+            advance(scan, 1);
+        }
+        if (stop) {
+            scan.text->terminator = static_cast<signed char>(ch);
+            const int32_t answer = raise(scan, IOTEXT_ON_STOP, IOTEXT_WANT_STOPS, &ch);
+            return answer == IOTEXT_CANCELLED ? IOTEXT_CANCELLED : IOTEXT_STOPPED;
+        }
+
+        const int32_t answer = raise(scan, IOTEXT_ON_CHARACTER, IOTEXT_WANT_CHARACTERS, &ch);
+        if (answer == IOTEXT_CANCELLED)
+            return IOTEXT_CANCELLED;
+        if (answer == IOTEXT_DROP)
+            continue;
+        if (!take_character(scan, ch))
+            return IOTEXT_TOO_LONG;
+    }
+}
+
+// One scan
+
+static void add_start(char_set &set, const char *delimiter, int32_t length)
+{
+    if (delimiter && length > 0)
+        char_set_add(set, *delimiter);
+}
+
+static void set_stops(text_scan &scan, const char_set &members)
+{
+    if (scan.mode & IOTEXT_NO_STOP)
+        scan.stops = {};
+    else
+        scan.stops = scan.mode & IOTEXT_INVERTED ? char_set_complement(members) : members;
+    scan.specials = scan.stops;
+    char_set_add(scan.specials, '\n');
+    char_set_add(scan.specials, '\r');
+    if (scan.mode & IOTEXT_NO_COMMENTS)
+        return;
+    const io_text *const text = scan.text;
+    add_start(scan.specials, text->line_comment, text->line_comment_length);
+    add_start(scan.specials, text->block_open, text->block_open_length);
+    add_start(scan.specials, text->block_close, text->block_close_length);
+}
+
+static void start_scan(text_scan &scan, const char_set &members, char *dest, int32_t size,
+                       uint32_t mode)
+{
+    scan.line = scan.text->line;
+    scan.events = wanted_events(scan.text);
+    scan.mode = mode;
+    scan.dest = dest;
+    scan.capacity = size - 1;
+    scan.count = 0;
+    set_stops(scan, members);
+}
+
+// Terminates and trims the item and completes the record.
+static void finish_scan(text_scan &scan)
+{
+    release_view(scan);
+    if (scan.dest) {
+        const int32_t stored =
+            static_cast<int32_t>(scan.count < scan.capacity ? scan.count : scan.capacity);
+        char *const end = scan.dest + stored;
+        *end = '\0';
+        const bool trim = !(scan.mode & IOTEXT_NO_TRIM) && stored > 0;
+        if (trim && char_set_has(white_set, end[-1])) {
+            const int32_t kept =
+                strBackwardTokenIndex(end, stored, str_white_char, STR_COMPLEMENT | STR_FROM_END);
+            if (kept >= 0) {
+                scan.dest[kept] = '\0';
+                scan.count -= stored - kept;
+            }
+        }
+    }
+    scan.text->line = scan.line;
+    scan.text->count = static_cast<int32_t>(scan.count);
+}
+
+// The leading skip is a scan of its own, without an item: up to the first character that is not in
+// the skip set. The view that it stops in stays held for the scan that follows.
+static bool skip_white(text_scan &scan, const char_set &spared)
+{
+    char_set skipped = white_set;
+    for (const char *c = str_white_char; *c; c++) {
+        if (char_set_has(spared, *c))
+            char_set_remove(skipped, *c);
+    }
+    start_scan(scan, skipped, nullptr, 0, IOTEXT_INVERTED | IOTEXT_NO_COMMENTS | IOTEXT_NO_SKIP);
+    const int32_t result = scan_text(scan);
+    if (result == scan_broken)
+        return false;
+    if (result < 0)
+        release_view(scan);
+    scan.text->line = scan.line;
+    scan.text->count = static_cast<int32_t>(scan.count);
+    return result >= 0;
+}
+
+int32_t io_text_read(const io_source *source, const char *delimiters, char *dest, int32_t size,
+                     uint32_t mode, io_text *text)
+{
+    if (dest && size < 1)
+        return IOTEXT_TOO_LONG;
+    if (!text) {
+        text = &io_text_default;
+        mode |= IOTEXT_NO_COMMENTS;
+    }
+    const char_set members = char_set_or_white(delimiters);
+    text_scan scan;
+    scan.source = source;
+    scan.access = *source;
+    scan.text = text;
+    scan.cursor = nullptr;
+    scan.available = 0;
+    if (!(mode & IOTEXT_NO_SKIP)) {
+        const char_set spared = mode & IOTEXT_SKIP_OTHERS ? members : char_set{};
+        if (!skip_white(scan, spared))
+            return IOTEXT_FAILED;
+    }
+    start_scan(scan, members, dest, size, mode);
+    const int32_t result = scan_text(scan);
+    if (result == scan_broken)
+        return IOTEXT_FAILED;
+    finish_scan(scan);
+    return result;
+}
+
+// Front ends
+
+int32_t iotextRead(const io_source *source, const char *delimiters, char *dest, int32_t size,
+                   uint32_t mode, io_text *text)
+{
+    for (;;) {
+        const int32_t result = io_text_read(source, delimiters, dest, size, mode, text);
+        // A scan without a record never ends at a comment.
+        if (result != IOTEXT_COMMENT || mode & IOTEXT_EACH_COMMENT || text->count > 0)
+            return result;
+    }
+}
+
+int32_t iotextSleep(const io_source *source, const char *delimiters, io_text *text)
+{
+    int32_t result;
+    do {
+        result = iotextRead(source, delimiters, nullptr, 0, IOTEXT_NO_SKIP, text);
+    } while (result == IOTEXT_COMMENT);
+    return result;
+}
+
+int32_t iotextWait(const io_source *source, const char *delimiters, io_text *text)
+{
+    io_text own = {};
+    if (!text)
+        text = &own;
+    const int32_t result = iotextRead(source, delimiters, nullptr, 0, IOTEXT_SKIP_OTHERS, text);
+    if (result < 0)
+        return result;
+    return text->count > 0 ? static_cast<int32_t>(IOTEXT_OTHER_TEXT) : result;
+}
+
+int32_t iotextObserve(const io_source *source, const char *delimiters, io_text *text)
+{
+    int32_t result;
+    do {
+        result =
+            iotextRead(source, delimiters, nullptr, 0, IOTEXT_INVERTED | IOTEXT_SKIP_OTHERS, text);
+    } while (result == IOTEXT_COMMENT);
+    return result;
+}
+
+// Quoted strings
+
+// Where a string goes: `end` is the next free place, `room` what is left there with the terminator.
+struct text_string {
+    char *end;
+    int32_t room;
+    int32_t total; // characters stored
+};
+
+static bool has_room(const text_string &string, int32_t characters)
+{
+    return string.room > characters;
+}
+
+static void extend(text_string &string, int32_t characters)
+{
+    string.end += characters;
+    string.room -= characters;
+    string.total += characters;
+}
+
+static void append(text_string &string, char c)
+{
+    *string.end = c;
+    extend(string, 1);
+}
+
+static char translate_escape(char escaped)
+{
+    switch (escaped) {
+    case '0':
+        return '\0';
+    case 'n':
+        return '\n';
+    case 'r':
+        return '\r';
+    case 't':
+        return '\t';
+    default:
+        return escaped;
+    }
+}
+
+// Reads what stands behind a backslash. The result is IOTEXT_STOPPED, or a failure that leaves the
+// source just behind the backslash.
+static int32_t read_escape(const io_source *source, uint32_t flags, text_string &string)
+{
+    // The escaped character, and the one behind it: perhaps the other half of its line end.
+    const char *const view =
+        static_cast<const char *>(source->lock(source->context, 2, IO_LOCK_READ | IO_LOCK_EXACTLY));
+    if (!view)
+        return IOTEXT_FAILED;
+    const char escaped = view[0];
+    const bool line_end = is_line_end(escaped);
+    int32_t consumed = 1;
+    if (line_end && !(flags & IOTEXT_KEEP_LINE_ESCAPES)) {
+        if (is_line_end(view[1]) && view[1] != escaped)
+            consumed = 2;
+    } else if (line_end || flags & IOTEXT_KEEP_ESCAPES) {
+        if (!has_room(string, 2))
+            return IOTEXT_TOO_LONG;
+        append(string, '\\');
+        append(string, escaped);
+    } else {
+        if (!has_room(string, 1))
+            return IOTEXT_TOO_LONG;
+        append(string, translate_escape(escaped));
+    }
+    source->unlock(source->context, view + consumed);
+    return IOTEXT_STOPPED;
+}
+
+static uint32_t string_scan_mode(uint32_t flags)
+{
+    uint32_t mode = 0;
+    if (!(flags & IOTEXT_COMMENTS))
+        mode |= IOTEXT_NO_COMMENTS;
+    if (!(flags & IOTEXT_SKIP_WHITE))
+        mode |= IOTEXT_NO_SKIP;
+    if (!(flags & IOTEXT_TRIM_WHITE))
+        mode |= IOTEXT_NO_TRIM;
+    return mode;
+}
+
+// Completes a string at its closing quote.
+static void close_string(const text_string &string, uint32_t flags, io_text *text)
+{
+    text->count = string.total;
+    if (!(flags & IOTEXT_TRIM_WHITE))
+        return;
+    const char *const behind =
+        strBackwardToken(string.end, string.total, str_white_char, STR_COMPLEMENT | STR_FROM_END);
+    if (behind)
+        text->count = static_cast<int32_t>(behind - 1 - (string.end - string.total));
+}
+
+int32_t iotextReadString(const io_source *source, char *dest, int32_t size, char open, char close,
+                         char last, uint32_t flags, io_text *text)
+{
+    if (size < 1)
+        return IOTEXT_TOO_LONG;
+    if (!text)
+        text = &io_text_default;
+    if (open != '\0' && open != last) {
+        const char awaited[] = {open, '\0'};
+        const int32_t result = iotextWait(source, awaited, text);
+        if (result <= 0)
+            return result;
+    }
+    if (flags & IOTEXT_SKIP_WHITE)
+        iotextObserve(source, nullptr, text);
+
+    const char stops[] = {'\n', '\r', '\\', close, '\0'};
+    const uint32_t mode = string_scan_mode(flags);
+    text_string string = {dest, size, 0};
+    for (;;) {
+        const int32_t result = iotextRead(source, stops, string.end, string.room, mode, text);
+        if (result == IOTEXT_END && open != '\0')
+            return IOTEXT_STRING_FAULT;
+        if (result <= 0)
+            return result;
+        // The next part goes over the terminator and any white space that was trimmed.
+        extend(string, text->count);
+        if (result == IOTEXT_COMMENT)
+            continue;
+
+        const char stop = static_cast<char>(text->terminator);
+        if (stop == close) {
+            close_string(string, flags, text);
+            return IOTEXT_STOPPED;
+        }
+        if (stop == '\n') {
+            if (!(flags & IOTEXT_LINE_ENDS))
+                return IOTEXT_STRING_FAULT;
+            if (!has_room(string, 1))
+                return IOTEXT_TOO_LONG;
+            append(string, '\n');
+        } else if (stop == '\\') {
+            const int32_t escape = read_escape(source, flags, string);
+            if (escape < 0)
+                return escape;
+        }
+        // Anything else is a NUL of the input, which stops every scan and is dropped.
+    }
+}

@@ -1,0 +1,102 @@
+// What the library needs of the system's files, in one spelling: descriptors and FILE positions of
+// 64 bits. The two bodies are all that differs between systems.
+#ifndef TESSEL_SRC_PLATFORM_H
+#define TESSEL_SRC_PLATFORM_H
+
+#include <fcntl.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#ifdef _WIN32
+
+#include <io.h>
+
+inline constexpr int platform_binary = _O_BINARY;
+inline constexpr int platform_private = _O_NOINHERIT;
+inline constexpr int platform_owner = _S_IREAD | _S_IWRITE;
+
+inline bool platform_is_plain(const char *path)
+{
+    struct _stat64 status;
+    return _stat64(path, &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFDIR;
+}
+
+inline bool platform_exists(const char *path)
+{
+    return _access(path, 0) == 0;
+}
+
+inline int32_t platform_read(int descriptor, void *dest, int32_t bytes)
+{
+    return _read(descriptor, dest, static_cast<unsigned>(bytes));
+}
+
+inline int32_t platform_write(int descriptor, const void *source, int32_t bytes)
+{
+    return _write(descriptor, source, static_cast<unsigned>(bytes));
+}
+
+inline int64_t platform_seek(int descriptor, int64_t offset, int whence)
+{
+    return _lseeki64(descriptor, offset, whence);
+}
+
+inline int64_t platform_tell(FILE *file)
+{
+    return _ftelli64(file);
+}
+
+inline bool platform_seek(FILE *file, int64_t offset, int whence)
+{
+    return _fseeki64(file, offset, whence) == 0;
+}
+
+#else
+
+#include <unistd.h>
+
+inline constexpr int platform_binary = 0;
+inline constexpr int platform_private = O_CLOEXEC;
+inline constexpr int platform_owner = S_IRUSR | S_IWUSR;
+
+inline bool platform_is_plain(const char *path)
+{
+    struct stat status;
+    return stat(path, &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+inline bool platform_exists(const char *path)
+{
+    return access(path, F_OK) == 0;
+}
+
+inline int32_t platform_read(int descriptor, void *dest, int32_t bytes)
+{
+    return static_cast<int32_t>(read(descriptor, dest, static_cast<size_t>(bytes)));
+}
+
+inline int32_t platform_write(int descriptor, const void *source, int32_t bytes)
+{
+    return static_cast<int32_t>(write(descriptor, source, static_cast<size_t>(bytes)));
+}
+
+inline int64_t platform_seek(int descriptor, int64_t offset, int whence)
+{
+    return lseek(descriptor, offset, whence);
+}
+
+inline int64_t platform_tell(FILE *file)
+{
+    return ftello(file);
+}
+
+inline bool platform_seek(FILE *file, int64_t offset, int whence)
+{
+    return fseeko(file, offset, whence) == 0;
+}
+
+#endif
+
+#endif
