@@ -209,15 +209,12 @@ static void end_at(char_run &run, int which, const char *delimiter, int32_t leng
 
 enum class match { yes, no, ended, broken };
 
-static bool begins(const text_scan &scan, const char *delimiter, int32_t length)
-{
-    return length > 0 && delimiter && *delimiter == *scan.cursor;
-}
-
-// Compares a delimiter that begins at the cursor with the input and consumes it where it stands
-// there.
+// Compares a delimiter with the input at the cursor and consumes it where it stands there. Only
+// behind a first character that is the same the rest is looked at.
 static match pass_delimiter(text_scan &scan, const char *delimiter, int32_t length)
 {
+    if (!delimiter || length <= 0 || *delimiter != *scan.cursor)
+        return match::no;
     if (scan.available < length) {
         const lookahead outcome = look_ahead(scan, length);
         if (outcome != lookahead::enough)
@@ -309,8 +306,6 @@ static void set_terminator(text_scan &scan, char ch)
                  {text->block_open, text->block_open_length, scan_block_comment},
                  {text->block_close, text->block_close_length, comment_fault}};
     for (const auto &[delimiter, length, scan_behind] : known) {
-        if (!begins(scan, delimiter, length))
-            continue;
         const match outcome = pass_delimiter(scan, delimiter, length);
         if (outcome == match::yes)
             return scan_behind(scan);
