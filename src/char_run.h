@@ -95,15 +95,28 @@ inline int32_t ordinary_length(const char_run &run, const char *from, int32_t le
     }
 }
 
-// The same, copying them. All of `length` may be written to, whatever the result.
+// Stores the first `length` characters of a block and leaves what lies behind them as it is, though
+// the whole block must be the caller's to write.
+inline void store_front(char *to, char_block block, int32_t length)
+{
+    constexpr int32_t size = char_block_size;
+    static constexpr unsigned char masks[2 * size] = {0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
+                                                      0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
+                                                      0xff, 0xff, 0xff, 0xff};
+    const char_block mask = load<char_block>(masks + size - length);
+    const char_block behind = load<char_block>(to);
+    store(to, (block & mask) | (behind & ~mask));
+}
+
+// As ordinary_length(), copying the characters; nothing behind them is changed.
 inline int32_t copy_ordinary(const char_run &run, char *to, const char *from, int32_t length)
 {
     int32_t done = 0;
     for (;;) {
         while (run.words && length - done >= char_block_size) {
             const char_block block = load<char_block>(from + done);
-            store(to + done, block);
             const int32_t step = word_length(block);
+            store_front(to + done, block, step);
             done += step;
             if (step < char_block_size)
                 break;
