@@ -23,8 +23,9 @@ const char *const scenarios[] = {
     // A refill is for less than the capacity, and what it leaves over comes past the buffer.
     "stream 1000 512 = 0 [512 0 0 -1]; read 10 = 10 {read 512 -> 512} [512 512 10 1]; flush = 1;"
     "seek 0 1 = 10 {seek 0 1 -> 512}; sync = 1 {seek -502 1 -> 10} [512 0 0 -1];"
-    "read 512 = 512 {read 512 -> 512} [512 0 0 1]; seek 10 0 = 10 {seek 10 0 -> 10};"
-    "get 511 = 1 {read 512 -> 512} [512 512 511 1]; read 21 = 21 {read 20 -> 20} [512 512 512 1];"
+    "read 512 = 512 {read 512 -> 512} [512 0 0 1]; seek 0 2 = 1000 {seek 0 2 -> 1000};"
+    "seek 10 0 = 10 {seek 10 0 -> 10}; get 511 = 1 {read 512 -> 512} [512 512 511 1];"
+    "read 21 = 21 {read 20 -> 20} [512 512 512 1];"
     "get 511 = 0 {read 512 -> 458, read 53 -> 0} [512 458 458 1];"
     "read 1 = 0 {read 512 -> 0, read 1 -> 0} [512 0 0 1];"
     "read 2147483647 = 0 {read 2147483647 -> 0}",
@@ -43,8 +44,9 @@ const char *const scenarios[] = {
     "sync = 0 {write 3 -> -1}; seek 5 0 = -1 {write 3 -> -1}; seek 0 1 = -1 {seek 0 1 -> -1};"
     "read 1 = -1 {write 3 -> -1}; lock 17 = -1 {write 3 -> -1}; write 2 = -1 {write 3 -> 1};"
     "write 2 = -1 {write 3 -> 3, write 2 -> -1} [4 0 0 2]; write 4 = 4 [4 0 4 2];"
-    "write 1 = -1 {write 4 -> 3}; lock 18 = -1 {write 4 -> -1}; write 0 = -1; write -1 = -1;"
-    "put -1 = 0; write 1073741825 4 = -1; release = 0 {write 4 -> -1} [none]",
+    "write 1 = -1 {write 4 -> 3}; lock 18 = -1 {write 4 -> -1};"
+    "write 3 = 3 {write 4 -> 4} [4 0 3 2]; write 0 = -1; write -1 = -1; put -1 = 0;"
+    "write 1073741825 4 = -1; release = 0 {write 3 -> -1} [none]",
     "stream 10 4 = 0 [4 0 0 -1]; read 3 = 3 {read 4 -> 4} [4 4 3 1];"
     "write 1 = -1 {seek -1 1 -> -1}; sync = 0 {seek -1 1 -> -1}; read 1 = 1 [4 4 4 1];"
     "write 1 = 1 [4 0 1 2]; read 1 = 1 {write 1 -> 1, read 4 -> 4} [4 4 1 1];"
@@ -60,7 +62,8 @@ const char *const scenarios[] = {
     "write 1 = -1; lock 34 1 = -1; lock 17 = 0 {read 512 -> 0} [512 0 0 1]; no_read = 1;"
     "read 1 = -1; lock 17 = -1",
     "stream 9 = 0; no_seek = 1; alloc 4 = 1 [4 0 0 -1]; read 3 = 3 {read 4 -> 4} [4 4 3 1];"
-    "write 1 = -1; sync = 0; lock 18 = -1; read 1 = 1 [4 4 4 1]; sync = 1 [4 0 0 -1]",
+    "write 1 = -1; sync = 0; lock 18 = -1; lock 34 1 = -1; read 1 = 1 [4 4 4 1];"
+    "sync = 1 [4 0 0 -1]",
     // Locks for reading: 17 what is there, 33 exactly, 65 at least.
     "stream 46 8 = 0 [8 0 0 -1]; read 5 = 5 {read 8 -> 8} [8 8 5 1]; lock 17 99 = 3; lock 65 3 = 3;"
     "lock 33 3 = 3; lock 65 4 = -1 {read 5 -> -1} [8 3 0 1]; lock 65 4 = 8 {read 5 -> 5} [8 8 0 1];"
@@ -101,8 +104,7 @@ TEST(Streams, CallsOfTheBackEnd)
     using U = uint32_t;
     unsigned char room[1024] = {};
     const std::map<std::string, std::function<N(S, N, N)>> procedures = {
-        {"stream",
-         [](S s, N n, N c) { return s.data.resize(U(n)), c ? !ioAllocBuffer(&s, c) : 0; }},
+        {"stream", [](S s, N n, N c) { return s.data.resize(U(n)), c && !ioAllocBuffer(&s, c); }},
         {"alloc", [](S s, N n, N) { return ioAllocBuffer(&s, n); }},
         {"release", [](S s, N, N) { return ioFreeBuffer(&s); }},
         {"reset", [](S s, N, N) { return ioResetBuffer(&s), 1; }},
@@ -237,13 +239,17 @@ TEST(Streams, RandomCallsAgreeWithBytesInMemory)
             random_turns(seed, capacity);
 }
 
-TEST(Streams, ShortWriteGivesBackTheElementsItCounts)
+// Behind a short count elements stay in the other order, and after a failure all do.
+TEST(Streams, WriteGivesBackTheElementsItCounts)
 {
     scripted_stream s;
-    byte_vector elements = {1, 2, 3, 4, 5, 6, 7, 8};
-    s.play("write 8 -> 5");
-    EXPECT_EQ(ioWrite(&s, elements.data(), 4, 2 | (memByteOrder() ^ MEM_ORDER_OTHER)), 2);
-    EXPECT_EQ(elements, (byte_vector{1, 2, 3, 4, 6, 5, 8, 7}));
+    byte_vector elements = {1, 2, 3, 4, 5, 6};
+    const uint32_t descriptor = 2 | (memByteOrder() ^ MEM_ORDER_OTHER);
+    s.play("write 6 -> 3, write 6 -> -1");
+    EXPECT_EQ(ioWrite(&s, elements.data(), 3, descriptor), 1);
+    EXPECT_EQ(elements, (byte_vector{1, 2, 4, 3, 6, 5}));
+    EXPECT_EQ(ioWrite(&s, elements.data(), 3, descriptor), IO_FAILED);
+    EXPECT_EQ(elements, (byte_vector{2, 1, 3, 4, 5, 6}));
 }
 
 TEST(Streams, StringRecords)
@@ -293,7 +299,7 @@ TEST(Streams, LimitsOfStringRecords)
     EXPECT_EQ(written("", 0, 4), byte_vector(4));
     EXPECT_EQ(written("abc", -1, 1), byte_vector{99});
 
-    scripted_stream s(byte_vector(256, 255)), huge(byte_vector(99, 128));
+    scripted_stream s(byte_vector(256, 255)), huge(byte_vector(200, 128));
     char *const longest = ioReadString(&s, nullptr, 0, 1), room[8] = "";
     EXPECT_EQ(std::string(255, '\xff'), longest);
     memFree(longest);

@@ -98,21 +98,17 @@ TEST(Elements, Inversions)
 
 TEST(Elements, ReduceAndRestore)
 {
-    const auto store = [](byte_vector &bytes, auto value) {
-        memcpy(&bytes[1], &value, sizeof value);
-    };
+    const uint32_t value = 0xfffefdfc;
+    const uint16_t low = 0xfdfc;
     for (uint32_t width = 0; width < 5; width++) {
-        byte_vector bytes(5), expected(5);
-        store(bytes, uint32_t{0xfffefdfc});
-        store(expected, uint32_t{0xfffefdfc});
-        const uint32_t low = width == 1 ? 0xfc : width == 2 ? 0xfdfc : 0xfffefdfc;
-        if (width == 1)
-            store(expected, static_cast<uint8_t>(low));
-        else if (width == 2)
-            store(expected, static_cast<uint16_t>(low));
+        byte_vector bytes(5);
+        memcpy(&bytes[1], &value, 4);
+        byte_vector expected = bytes;
+        memcpy(&expected[1], &low, width == 2 ? 2 : 0);
+        expected[1] = width == 1 ? 0xfc : expected[1];
         memReduceInt(&bytes[1], width);
         EXPECT_EQ(bytes, expected);
-        EXPECT_EQ(memRestoreInt(&bytes[1], width), low);
+        EXPECT_EQ(memRestoreInt(&bytes[1], width), width == 1 ? 0xfc : width == 2 ? low : value);
     }
 }
 
