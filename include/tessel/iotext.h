@@ -91,8 +91,9 @@ enum {
  * Called for each wanted event. During the first four events it must leave the source alone.
  *
  * @param source     as given to the scan
- * @param text       the record in use; its `line` and `count` are not current during a scan. After
- *                   the event `callback_flags` is read again, but for a dropped character
+ * @param text       the record in use; its `line` and `count` are not current during a scan, and
+ * its delimiters must stay as they are. After the event `callback_flags` is read again, but for a
+ * dropped character
  * @param event      which event
  * @param character  the character, or what the event says. At IOTEXT_ON_CHARACTER it may be changed
  *                   for the item; it is not tested again
@@ -197,7 +198,8 @@ TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters
  *         or for the input's end inside a string with an `open`. IOTEXT_TOO_LONG, IOTEXT_FAILED
  *         (also where the input ends within two characters behind a backslash),
  *         IOTEXT_COMMENT_FAULT and IOTEXT_CANCELLED as from iotextRead(). `dest` keeps what was
- *         stored, and but for IOTEXT_FAILED it is terminated; nothing is undone, so the source
+ *         stored, terminated but for IOTEXT_FAILED; what ended the wait for the opening quote left
+ *         it untouched. Nothing is undone, so the source
  *         stands where the failure was found, and just behind the backslash of an escape that did
  *         not fit. `count` is the string's length after IOTEXT_STOPPED alone, and `line` does not
  *         count escaped line ends
