@@ -48,7 +48,7 @@ TEST(StringBuilding, CopiesAndJoins)
         const size_t used = result ? strlen(result) + 1 : 0;
         if (to_target) {
             EXPECT_TRUE(!built || built == buffer);
-            EXPECT_STREQ(buffer + used, "#######" + used);
+            EXPECT_STREQ(buffer + used, &"#######"[used]);
         } else if (built) {
             EXPECT_EQ(heap.last_size, used + static_cast<size_t>(room));
             memFree(built);
