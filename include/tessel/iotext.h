@@ -141,12 +141,12 @@ struct io_text {
  *         `count`, which with IOTEXT_CUT may exceed the room; the end of the input with a `count`
  *         of 0 means no item. IOTEXT_TOO_LONG with what fitted; the first character that did not
  *         is lost. IOTEXT_COMMENT_FAULT with the item before it; `error_line` is the line of a
- * stray close delimiter, or the last line where a comment is open at the end. IOTEXT_CANCELLED with
- * the item so far. All of these write `line` and `count`, a cancelled block comment without its own
- * lines, and leave the source just behind what was consumed. IOTEXT_FAILED when the source failed
- * or the callback stopped the leading skip: `dest` may lack its terminator and `count` its meaning.
- * A stream whose read fails right behind the first characters of a delimiter counts as ended there;
- * the next scan meets the failure
+ *         stray close delimiter, or the last line where a comment is open at the end.
+ *         IOTEXT_CANCELLED with the item so far. All of these write `line` and `count`, a cancelled
+ *         block comment without its own lines, and leave the source just behind what was consumed.
+ *         IOTEXT_FAILED when the source failed or the callback stopped the leading skip: `dest` may
+ *         lack its terminator and `count` its meaning. A stream whose read fails right behind the
+ *         first characters of a delimiter counts as ended there; the next scan meets the failure
  */
 TESSEL_API int32_t iotextRead(const io_source *source, const char *delimiters, char *dest,
                               int32_t size, uint32_t mode, io_text *text);
