@@ -1,7 +1,7 @@
 /**
  * @file
- * tessel: memory, strings, streams and text scanning, all families at once. Each header below can
- * be included alone; base.h states the conventions that hold in all of them.
+ * tessel: memory, strings, lists, streams and text scanning, all families at once. Each header
+ * below can be included alone; base.h states the conventions that hold in all of them.
  */
 #ifndef TESSEL_H
 #define TESSEL_H
@@ -11,6 +11,7 @@
 #include "tessel/file.h"
 #include "tessel/io.h"
 #include "tessel/iotext.h"
+#include "tessel/list.h"
 #include "tessel/mem.h"
 #include "tessel/string.h"
 

@@ -1,5 +1,5 @@
-// What the library needs of the system's files, in one spelling: descriptors and FILE positions of
-// 64 bits. The two bodies are all that differs between systems.
+// What the library needs of the system, in one spelling: files by descriptor, FILE positions of 64
+// bits, text compared without case. The two bodies are all that differs between systems.
 #ifndef TESSEL_SRC_PLATFORM_H
 #define TESSEL_SRC_PLATFORM_H
 
@@ -12,6 +12,7 @@
 #ifdef _WIN32
 
 #include <io.h>
+#include <string.h>
 
 inline constexpr int platform_binary = _O_BINARY;
 inline constexpr int platform_private = _O_NOINHERIT;
@@ -53,8 +54,14 @@ inline bool platform_seek(FILE *file, int64_t offset, int whence)
     return _fseeki64(file, offset, whence) == 0;
 }
 
+inline int platform_compare_no_case(const char *left, const char *right)
+{
+    return _stricmp(left, right);
+}
+
 #else
 
+#include <strings.h>
 #include <unistd.h>
 
 inline constexpr int platform_binary = 0;
@@ -95,6 +102,11 @@ inline int64_t platform_tell(FILE *file)
 inline bool platform_seek(FILE *file, int64_t offset, int whence)
 {
     return fseeko(file, offset, whence) == 0;
+}
+
+inline int platform_compare_no_case(const char *left, const char *right)
+{
+    return strcasecmp(left, right);
 }
 
 #endif

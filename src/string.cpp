@@ -1,9 +1,144 @@
 #include "tessel/string.h"
 
+#include "tessel/mem.h"
+
+#include "bytes.h"
 #include "char_set.h"
+#include "platform.h"
+#include "string_internal.h"
 
 #include <stddef.h>
 #include <string.h>
+
+constexpr size_t word = sizeof(void *);
+
+static_assert(offsetof(str_compare_class, text) == 0 &&
+              offsetof(str_compare_class, offset) == word &&
+              offsetof(str_compare_class, flags) == word + 4 &&
+              offsetof(str_compare_class, found) == word + 8 &&
+              sizeof(str_compare_class) == 2 * word + 8);
+
+// Building
+
+// A place for `need` bytes: the target if it has the room, or a new block with extra room.
+static char *place_for(char *target, uint64_t need, int32_t room)
+{
+    if (room < 0)
+        return nullptr;
+    if (target)
+        return need <= static_cast<uint32_t>(room) ? target : nullptr;
+    if (need > UINT32_MAX - static_cast<uint32_t>(room))
+        return nullptr;
+    return static_cast<char *>(memAlloc(static_cast<uint32_t>(need) + static_cast<uint32_t>(room)));
+}
+
+char *strCopy(char *target, const char *text, int32_t room)
+{
+    return strUnion(target, text, nullptr, room);
+}
+
+char *strUnion(char *target, const char *left, const char *right, int32_t room)
+{
+    if (!left && !right)
+        return nullptr;
+    const size_t left_length = left ? strlen(left) : 0;
+    const size_t right_length = right ? strlen(right) : 0;
+    char *const place = place_for(target, uint64_t{left_length} + right_length + 1, room);
+    if (!place)
+        return nullptr;
+    // Moved, since a caller that appends has `left` at the target already.
+    if (left_length > 0)
+        memmove(place, left, left_length);
+    if (right_length > 0)
+        memmove(place + left_length, right, right_length);
+    place[left_length + right_length] = '\0';
+    return place;
+}
+
+// A new block for a text that shall grow by an insertion, and the end of its old one. Stores the
+// new capacity, which is reckoned from both lengths and the extra room wanted.
+static char *replace_text(char *text, size_t length, size_t inserted, int32_t extra,
+                          int32_t *capacity)
+{
+    const int64_t wanted = static_cast<int64_t>(uint64_t{length} + inserted + 1) + extra;
+    // A negative extra room can make the block too small for what it is for.
+    if (wanted > INT32_MAX || wanted < static_cast<int64_t>(inserted))
+        return nullptr;
+    *capacity = static_cast<int32_t>(wanted);
+    char *const block = strCopy(nullptr, text, *capacity);
+    if (block)
+        memFree(text);
+    return block;
+}
+
+char *strInsert(char *text, const char *insertion, int32_t position, int32_t capacity,
+                int32_t *roomRef)
+{
+    int32_t extra = 0;
+    if (roomRef) {
+        extra = *roomRef;
+        *roomRef = 0;
+    }
+    if (!text || !insertion)
+        return text;
+    if (capacity < 0)
+        capacity = INT32_MAX;
+
+    const size_t length = strlen(text);
+    const size_t inserted = strlen(insertion);
+    if (uint64_t{length} + inserted >= static_cast<uint32_t>(capacity)) {
+        if (!roomRef)
+            return nullptr;
+        text = replace_text(text, length, inserted, extra, roomRef);
+        if (!text)
+            return nullptr;
+    }
+    size_t index = length;
+    if (position >= 0 && static_cast<uint32_t>(position) < length)
+        index = static_cast<uint32_t>(position);
+    char *const place = text + index;
+    memmove(place + inserted, place, length - index + 1);
+    // The insertion may be a part of `text` itself when that stays where it is.
+    memmove(place, insertion, inserted);
+    return text;
+}
+
+char *strAppend(char *text, const char *insertion, int32_t capacity, int32_t *roomRef)
+{
+    return strInsert(text, insertion, -1, capacity, roomRef);
+}
+
+// Comparison
+
+static bool same_text(const char *left, const char *right, uint32_t flags)
+{
+    if (flags & STR_NO_CASE)
+        return platform_compare_no_case(left, right) == 0;
+    return strcmp(left, right) == 0;
+}
+
+int32_t strFind(const char *list, const char *text, uint32_t flags)
+{
+    for (uint32_t index = 0; *list; index++) {
+        if (same_text(list, text, flags))
+            return static_cast<int32_t>(index);
+        list += strlen(list) + 1;
+    }
+    return -1;
+}
+
+int32_t str_compare_class_str(const void *node, str_compare_class *record)
+{
+    const char *text = static_cast<const char *>(node) + record->offset;
+    if (record->flags & STR_POINTER)
+        text = load<const char *>(text);
+    if (!text || !same_text(text, record->text, record->flags))
+        return 0;
+    record->found = const_cast<void *>(node);
+    return 1;
+}
+
+// Tokens
 
 // The address `distance` bytes in front of `text`, which may lie outside of its object and is then
 // not to be read: formed on integers, where it has a meaning.

@@ -1,0 +1,303 @@
+/**
+ * @file
+ * Lists: singly linked, doubly linked and rings, over nodes that the caller defines.
+ *
+ * A node is a record of the caller's that begins with a list_node or a list_dnode. There is no list
+ * object: a list is a pointer to its first node, null for the empty list.
+ *
+ * - `head` is the address of the variable that holds this pointer. It goes to every procedure that
+ *   may change the first node.
+ * - `list` is a node or null. Any node may stand there: the list is then seen from it on.
+ * - `size` counts the bytes of the whole node, head included. One that is too small for the head
+ *   counts as memory run out.
+ * - `offset` counts bytes from the start of the node to a field, which may have any alignment. That
+ *   the field lies inside of the node is the caller's business.
+ *
+ * Nodes that a procedure makes come from memAlloc(). The procedures that release nodes use
+ * memFree(), so a node that meets them must have come from there; all others only relink.
+ *
+ * A doubly linked list that is not a ring can be read by the procedures for singly linked ones,
+ * with its pointers cast, since both heads begin with the link to the next node. These procedures
+ * change nothing, so threads may share a list that nobody changes. The ring procedures, listCN,
+ * open the ring for the length of a call, by cutting the link that leads to `list`: a ring cannot
+ * be shared, even by readers.
+ *
+ * All take one pass at most and do not recurse.
+ */
+#ifndef TESSEL_LIST_H
+#define TESSEL_LIST_H
+
+#include "tessel/base.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct list_node list_node;
+typedef struct list_dnode list_dnode;
+
+/** Flags of listDNCreate() and listDNAdd(). Other bits are ignored. */
+enum {
+    LIST_ZERO = 0x1,     /**< listDNCreate(): fill the new node with zero bytes */
+    LIST_RING = 0x2,     /**< on an empty list: the node becomes a ring of one */
+    LIST_BEFORE = 0x4,   /**< insert in front of the reference node, not behind it */
+    LIST_KEEP_HEAD = 0x8 /**< with LIST_BEFORE: the first node stays the first */
+};
+
+/**
+ * Status of listInsertionNode() for a position beyond the end. Its other values are 0, to insert
+ * behind the result, and LIST_BEFORE, to insert in front of the first node.
+ */
+enum { LIST_BEYOND_END = 0x8000 };
+
+/** Flags of listFindBit(). Other bits are ignored. */
+enum {
+    LIST_ALL_BITS = 0x1, /**< all bits of the mask must be set, not just one of them */
+    LIST_INVERT = 0x2    /**< find what would not match without this flag */
+};
+
+/** The head of a node of a singly linked list. */
+struct list_node {
+    list_node *next; /**< library: the following node, null in the last one */
+};
+
+/**
+ * The head of a node of a doubly linked list. In a ring the last node is followed by the first.
+ */
+struct list_dnode {
+    list_dnode *next; /**< library: the following node, null in the last one of a linear list */
+    list_dnode *prev; /**< library: the node before, null in the first one of a linear list */
+};
+
+/**
+ * Makes a node and puts it in front.
+ *
+ * @param head  the list
+ * @param size  bytes of the node; those behind its head are undefined
+ * @return the node, or null when memory ran out; the list is then unchanged
+ */
+TESSEL_API list_node *listPush(list_node **head, uint32_t size);
+
+/** Takes the first node off and releases it; an empty list stays empty. */
+TESSEL_API void listPop(list_node **head);
+
+/**
+ * Makes a node and puts it into the list as listAdd() does.
+ *
+ * @param head   the list
+ * @param after  the node to put it behind, or null for the front
+ * @param size   bytes of the node; those behind its head are undefined
+ * @return the node, or null when memory ran out; the list is then unchanged
+ */
+TESSEL_API list_node *listCreate(list_node **head, list_node *after, uint32_t size);
+
+/**
+ * Puts a node into the list.
+ *
+ * @param head   the list
+ * @param after  the node to put it behind, or null for the front; disregarded if the list is empty
+ * @param node   the node, or null, which does nothing
+ */
+TESSEL_API void listAdd(list_node **head, list_node *after, list_node *node);
+
+/**
+ * Takes a node out of the list. The node keeps its `next`.
+ *
+ * @param head  the list
+ * @param node  the node, or null, which does nothing
+ * @param prev  the node before it, which is not verified; disregarded for the first node. Null to
+ *              have it searched for, and then a node that is not on the list changes nothing
+ */
+TESSEL_API void listCut(list_node **head, list_node *node, list_node *prev);
+
+/** As listCut(), and releases the node; one that was searched for in vain is not released. */
+TESSEL_API void listRemove(list_node **head, list_node *node, list_node *prev);
+
+/** Releases all nodes and leaves the list empty. */
+TESSEL_API void listClear(list_node **head);
+
+/** The number of nodes. */
+TESSEL_API int32_t listCount(const list_node *list);
+
+/** The node at an index from 0 on; null for one that is negative or not on the list. */
+TESSEL_API list_node *listNode(const list_node *list, int32_t index);
+
+/** The index of a node, from 0 on; -1 if it is null or not on the list. */
+TESSEL_API int32_t listIndex(const list_node *list, const list_node *node);
+
+/** 1 if a node is on the list, 0 if it is null or is not. */
+TESSEL_API int32_t listExist(const list_node *list, const list_node *node);
+
+/** The last node, null for an empty list. */
+TESSEL_API list_node *listFindTail(const list_node *list);
+
+/**
+ * The node whose `next` is `node`: the last node for a null `node`. Null if `node` is `list` itself
+ * or is not on the list.
+ */
+TESSEL_API list_node *listFindPrev(const list_node *list, const list_node *node);
+
+/**
+ * Turns a position into the place of an insertion. Result and status go on to listAdd() and
+ * listDNAdd() as `after`, `ref` and flags.
+ *
+ * @param list      the list, of m nodes
+ * @param position  the index that a new node is to take; negative means the end
+ * @param status    address of a word for the status, or null
+ * @return by `position`:
+ *         0: null, status LIST_BEFORE;
+ *         1 to m: the node at `position` - 1, status 0;
+ *         m + 1: null, status 0;
+ *         above: the last node, null for an empty list, status LIST_BEYOND_END;
+ *         negative: the last node, null for an empty list, status 0
+ */
+TESSEL_API list_node *listInsertionNode(const list_node *list, int32_t position, uint32_t *status);
+
+/**
+ * Finds a node by the bits of a field.
+ *
+ * @param list    the list
+ * @param mask    the bits to look at
+ * @param offset  where the field is
+ * @param width   1 or 2 bytes; any other width means 4
+ * @param flags   0 for any bit of the mask set; LIST_ALL_BITS, LIST_INVERT
+ * @return the first match, or null. A `mask` of 0 matches every node when just one flag is given,
+ *         and no node otherwise
+ */
+TESSEL_API list_node *listFindBit(const list_node *list, uint32_t mask, uint32_t offset,
+                                  uint32_t width, uint32_t flags);
+
+/** The first node whose 8-bit field at `offset` has a value, signed or not; or null. */
+TESSEL_API list_node *listFindInt1(const list_node *list, int8_t value, uint32_t offset);
+
+/** As listFindInt1() with a 16-bit field. */
+TESSEL_API list_node *listFindInt2(const list_node *list, int16_t value, uint32_t offset);
+
+/** As listFindInt1() with a 32-bit field. */
+TESSEL_API list_node *listFindInt4(const list_node *list, int32_t value, uint32_t offset);
+
+/**
+ * Finds a node by a text field.
+ *
+ * @param list    the list
+ * @param text    the text to look for
+ * @param offset  where the field is
+ * @param flags   STR_POINTER, STR_NO_CASE (see string.h)
+ * @return the first match, or null
+ */
+TESSEL_API list_node *listFindStr(const list_node *list, const char *text, uint32_t offset,
+                                  uint32_t flags);
+
+/**
+ * Finds the highest value of a signed 8-bit field.
+ *
+ * @param list       the list
+ * @param out_value  where to store the value, or null; an empty list stores 0
+ * @param offset     where the field is
+ * @return the last of the nodes that hold it, null for an empty list
+ */
+TESSEL_API list_node *listMaxInt1(const list_node *list, int8_t *out_value, uint32_t offset);
+
+/** As listMaxInt1() with a 16-bit field. */
+TESSEL_API list_node *listMaxInt2(const list_node *list, int16_t *out_value, uint32_t offset);
+
+/** As listMaxInt1() with a 32-bit field. */
+TESSEL_API list_node *listMaxInt4(const list_node *list, int32_t *out_value, uint32_t offset);
+
+/**
+ * Makes a node and puts it into a linear list or a ring as listDNAdd() does.
+ *
+ * @param head   the list
+ * @param ref    the reference node, or null for the first one
+ * @param size   bytes of the node; those behind its head are undefined without LIST_ZERO
+ * @param flags  LIST_ZERO, and those of listDNAdd()
+ * @return the node, or null when memory ran out; the list is then unchanged
+ */
+TESSEL_API list_dnode *listDNCreate(list_dnode **head, list_dnode *ref, uint32_t size,
+                                    uint32_t flags);
+
+/**
+ * Puts a node into a linear list or a ring, which stays what it is. The first node of an empty list
+ * decides, with LIST_RING, which of the two it becomes.
+ *
+ * With LIST_BEFORE and a null `ref` the node becomes the first one. LIST_KEEP_HEAD added makes it
+ * the last one of a ring; in a linear list it then stands in front of the first node, where `head`
+ * does not lead.
+ *
+ * @param head   the list
+ * @param ref    the node to put it behind, or in front of; null for the first one. Disregarded if
+ *               the list is empty
+ * @param node   the node, or null, which does nothing
+ * @param flags  LIST_RING, LIST_BEFORE, LIST_KEEP_HEAD
+ */
+TESSEL_API void listDNAdd(list_dnode **head, list_dnode *ref, list_dnode *node, uint32_t flags);
+
+/**
+ * Takes a node out of a linear list or a ring. The node keeps its links.
+ *
+ * @param head  the list
+ * @param node  a node of the list, or null, which does nothing
+ */
+TESSEL_API void listDNCut(list_dnode **head, list_dnode *node);
+
+/** As listDNCut(), and releases the node. */
+TESSEL_API void listDNRemove(list_dnode **head, list_dnode *node);
+
+/*
+ * Rings: what the procedures without CN do, on a ring that begins at `list`, whichever node that
+ * is, and ends at the node before it. `list` may be null. A linear list, which must be given from
+ * its first node, is worked on as the linear list that it is.
+ */
+
+/** Releases all nodes of a ring and leaves it empty. */
+TESSEL_API void listCNClear(list_dnode **head);
+
+/** listCount() on a ring. */
+TESSEL_API int32_t listCNCount(list_dnode *list);
+
+/** listNode() on a ring; an index does not go round. */
+TESSEL_API list_dnode *listCNNode(list_dnode *list, int32_t index);
+
+/** listIndex() on a ring. */
+TESSEL_API int32_t listCNIndex(list_dnode *list, const list_dnode *node);
+
+/** listExist() on a ring. */
+TESSEL_API int32_t listCNExist(list_dnode *list, const list_dnode *node);
+
+/**
+ * listInsertionNode() on a ring. A negative position takes no walk. An empty ring gives null and
+ * the status LIST_BEFORE, whatever the position.
+ */
+TESSEL_API list_dnode *listCNInsertionNode(list_dnode *list, int32_t position, uint32_t *status);
+
+/** listFindBit() on a ring. */
+TESSEL_API list_dnode *listCNFindBit(list_dnode *list, uint32_t mask, uint32_t offset,
+                                     uint32_t width, uint32_t flags);
+
+/** listFindInt1() on a ring. */
+TESSEL_API list_dnode *listCNFindInt1(list_dnode *list, int8_t value, uint32_t offset);
+
+/** listFindInt2() on a ring. */
+TESSEL_API list_dnode *listCNFindInt2(list_dnode *list, int16_t value, uint32_t offset);
+
+/** listFindInt4() on a ring. */
+TESSEL_API list_dnode *listCNFindInt4(list_dnode *list, int32_t value, uint32_t offset);
+
+/** listFindStr() on a ring. */
+TESSEL_API list_dnode *listCNFindStr(list_dnode *list, const char *text, uint32_t offset,
+                                     uint32_t flags);
+
+/** listMaxInt1() on a ring; an empty one leaves `out_value` alone. */
+TESSEL_API list_dnode *listCNMaxInt1(list_dnode *list, int8_t *out_value, uint32_t offset);
+
+/** listMaxInt2() on a ring; an empty one leaves `out_value` alone. */
+TESSEL_API list_dnode *listCNMaxInt2(list_dnode *list, int16_t *out_value, uint32_t offset);
+
+/** listMaxInt4() on a ring; an empty one leaves `out_value` alone. */
+TESSEL_API list_dnode *listCNMaxInt4(list_dnode *list, int32_t *out_value, uint32_t offset);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

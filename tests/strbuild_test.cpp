@@ -1,0 +1,149 @@
+#include "tessel/mem.h"
+#include "tessel/string.h"
+
+#include "heap_watch.h"
+#include "string_internal.h"
+
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+namespace
+{
+
+TEST(StringBuilding, CopiesAndJoins)
+{
+    static const struct {
+        const char *left, *right, *result;
+        int32_t room; // the target's capacity, or the extra room of a new block
+        bool to_target;
+    } rows[] = {
+        {"abc", nullptr, "abc", 4, true},
+        {"abc", nullptr, nullptr, 3, true},
+        {"abc", nullptr, nullptr, 0, true},
+        {"abc", nullptr, nullptr, -1, true},
+        {"", nullptr, "", 1, true},
+        {nullptr, nullptr, nullptr, 4, true},
+        {nullptr, "b", "b", 2, true},
+        {nullptr, "b", nullptr, 1, true},
+        {"ab", "cde", "abcde", 6, true},
+        {"ab", "cde", nullptr, 5, true},
+        {"", "", "", 1, true},
+        {"", "", nullptr, 0, true},
+        {"abc", nullptr, "abc", 10, false},
+        {"abc", nullptr, "abc", 0, false},
+        {"abc", nullptr, nullptr, -1, false},
+        {nullptr, nullptr, nullptr, 4, false},
+        {"ab", "cde", "abcde", 2, false},
+        {"", "", "", 0, false},
+    };
+    for (const auto &[left, right, result, room, to_target] : rows) {
+        SCOPED_TRACE(testing::Message() << room << (result ? result : " no result"));
+        heap = {};
+        char buffer[] = "#######";
+        char *const target = to_target ? buffer : nullptr;
+        char *const built =
+            right ? strUnion(target, left, right, room) : strCopy(target, left, room);
+        EXPECT_STREQ(built, result);
+        const size_t used = result ? strlen(result) + 1 : 0;
+        if (to_target) {
+            EXPECT_TRUE(!built || built == buffer);
+            EXPECT_STREQ(buffer + used, &"#######"[used]);
+        } else if (built) {
+            EXPECT_EQ(heap.last_size, used + static_cast<size_t>(room));
+            memFree(built);
+        }
+        EXPECT_EQ(heap.held, 0);
+    }
+    char twice[8] = "ab";
+    EXPECT_STREQ(strUnion(twice, twice, "cd", sizeof twice), "abcd");
+    EXPECT_STREQ(strUnion(twice, "a", nullptr, 2), "a");
+    EXPECT_EQ(strUnion(twice, nullptr, nullptr, 8), nullptr);
+}
+
+TEST(StringBuilding, Inserts)
+{
+    const int32_t none = INT32_MIN; // no word, so that the buffer must stay
+    static const struct {
+        const char *text, *insertion, *result;
+        int32_t position, capacity, word, word_after;
+    } rows[] = {
+        {"abc", "XY", "aXYbc", 1, 6, none, none},
+        {"abc", "XY", "aXYbc", 1, 6, 10, 0},
+        {"abc", "XY", nullptr, 1, 5, none, none},
+        {"abc", "XY", "aXYbc", 1, 5, 10, 16},
+        {"abc", "XY", "XYabc", 0, 0, 0, 6},
+        {"abc", "XY", "abcXY", 3, 6, 10, 0},
+        {"abc", "XY", "abcXY", INT32_MAX, 6, 10, 0},
+        {"abc", "XY", "abcXY", INT32_MIN, 5, 10, 16},
+        {"abc", "XY", "aXYbc", 1, -1, 10, 0},
+        {"abc", "", nullptr, 1, 3, none, none},
+        {"", "XY", "XY", 0, 3, none, none},
+        {"abc", nullptr, "abc", 1, 0, 10, 0},
+        {nullptr, "XY", nullptr, 1, 0, 10, 0},
+        // The new capacity does not fit, or does not even hold the insertion.
+        {"abc", "XY", nullptr, 1, 5, INT32_MAX - 5, 0},
+        {"abc", "XY", nullptr, 1, 5, -5, 0},
+    };
+    for (const auto &[text, insertion, result, position, capacity, word, word_after] : rows) {
+        SCOPED_TRACE(testing::Message() << position << ' ' << capacity << ' ' << word);
+        heap = {};
+        char *const block = strCopy(nullptr, text, 8);
+        int32_t room = word;
+        int32_t *const room_ref = word == none ? nullptr : &room;
+        char *const built = strInsert(block, insertion, position, capacity, room_ref);
+        EXPECT_STREQ(built, result);
+        EXPECT_EQ(room, word_after);
+        EXPECT_EQ(built && built != block, word_after > 0);
+        if (!built) {
+            EXPECT_STREQ(block, text);
+        }
+        // Replacing it has released the old block.
+        EXPECT_EQ(heap.held, text ? 1 : 0);
+        memFree(built ? built : block);
+    }
+    char text[4] = "ab";
+    EXPECT_STREQ(strAppend(text, "c", sizeof text, nullptr), "abc");
+    EXPECT_EQ(strAppend(text, "d", sizeof text, nullptr), nullptr);
+}
+
+TEST(StringBuilding, NoMemory)
+{
+    heap = {};
+    char *const text = strCopy(nullptr, "abc", 0);
+    heap.fails = true;
+    EXPECT_EQ(strCopy(nullptr, "abc", 0), nullptr);
+    EXPECT_EQ(strUnion(nullptr, "abc", "d", 0), nullptr);
+    int32_t room = 10;
+    EXPECT_EQ(strAppend(text, "d", 4, &room), nullptr);
+    EXPECT_EQ(room, 15);
+    EXPECT_STREQ(text, "abc");
+    memFree(text);
+    EXPECT_EQ(heap.held, 0);
+}
+
+TEST(StringComparison, FindsInLists)
+{
+    const char colours[] = "red\0green\0blue\0";
+    EXPECT_EQ(strFind(colours, "red", 0), 0);
+    EXPECT_EQ(strFind(colours, "green", 0), 1);
+    EXPECT_EQ(strFind(colours, "blue", 0), 2);
+    EXPECT_EQ(strFind(colours, "gree", 0), -1);
+    EXPECT_EQ(strFind(colours, "GREEN", 0), -1);
+    EXPECT_EQ(strFind(colours, "GREEN", STR_NO_CASE), 1);
+    EXPECT_EQ(strFind(colours, "", 0), -1);
+    EXPECT_EQ(strFind("", "red", 0), -1);
+}
+
+TEST(StringComparison, StoresTheMatch)
+{
+    const char node[] = "..Green";
+    str_compare_class wanted = {"green", 2, 0, nullptr};
+    EXPECT_EQ(str_compare_class_str(node, &wanted), 0);
+    EXPECT_EQ(wanted.found, nullptr);
+    wanted.flags = STR_NO_CASE;
+    EXPECT_EQ(str_compare_class_str(node, &wanted), 1);
+    EXPECT_EQ(wanted.found, node);
+}
+
+} // namespace
