@@ -1,8 +1,10 @@
 #include "tessel/bintree.h"
 
+#include "tessel/list.h"
 #include "tessel/mem.h"
 
 #include "bytes.h"
+#include "string_internal.h"
 
 #include <stddef.h>
 #include <string.h>
@@ -385,4 +387,235 @@ int32_t bintreeRemoveExt(bintree_node **root, const void *key, bintree_compare_p
     const int32_t result = bintreeRemove(root, key, compare, &path);
     memFree(path.steps);
     return result;
+}
+
+// Walks
+
+// One level of a walk's way back up. Entries that are popped are kept for the pushes to come, so a
+// walk allocates once for each level of the tree instead of once for each node.
+struct walk_entry {
+    list_node link;
+    bintree_node *node;
+};
+
+struct walk_stack {
+    list_node *entries; // from the top down
+    list_node *spare;
+};
+
+static walk_entry *top_of(const walk_stack *stack)
+{
+    return reinterpret_cast<walk_entry *>(stack->entries);
+}
+
+static void move_first(list_node **from, list_node **to)
+{
+    list_node *const node = *from;
+    *from = node->next;
+    node->next = *to;
+    *to = node;
+}
+
+static bool push(walk_stack *stack, bintree_node *node)
+{
+    if (stack->spare)
+        move_first(&stack->spare, &stack->entries);
+    else if (!listPush(&stack->entries, sizeof(walk_entry)))
+        return false;
+    top_of(stack)->node = node;
+    return true;
+}
+
+static void pop(walk_stack *stack)
+{
+    move_first(&stack->entries, &stack->spare);
+}
+
+static void release(walk_stack *stack)
+{
+    listClear(&stack->entries);
+    listClear(&stack->spare);
+}
+
+static int32_t walk(walk_stack *stack, bintree_node *node, bintree_visit_proc proc, void *context,
+                    int32_t order)
+{
+    for (;;) {
+        for (; node; node = links(node)[0]) {
+            const int32_t result = order == BINTREE_PRE_ORDER ? proc(node, context) : 0;
+            if (result != 0)
+                return result;
+            if (!push(stack, node))
+                return BINTREE_NO_ROOM;
+        }
+        // Up to the next node whose second subtree is to be visited. In post-order a node stays on
+        // the stack meanwhile, and is known as finished by the subtree that the walk comes from.
+        const bintree_node *last = nullptr;
+        for (;;) {
+            if (!stack->entries)
+                return 0;
+            node = top_of(stack)->node;
+            if (order == BINTREE_POST_ORDER && links(node)[1] && links(node)[1] != last)
+                break;
+            const bool visited = order == BINTREE_IN_ORDER || order == BINTREE_POST_ORDER;
+            const int32_t result = visited ? proc(node, context) : 0;
+            if (result != 0)
+                return result;
+            pop(stack);
+            if (order != BINTREE_POST_ORDER)
+                break;
+            last = node;
+        }
+        node = links(node)[1];
+    }
+}
+
+int32_t bintreeTraverse(bintree_node *tree, bintree_visit_proc proc, void *context, int32_t order)
+{
+    walk_stack stack = {};
+    const int32_t result = walk(&stack, tree, proc, context, order);
+    release(&stack);
+    return result;
+}
+
+static int32_t bintree_clear_proc(bintree_node *node, void *)
+{
+    memFree(node);
+    return 0;
+}
+
+void bintreeClear(bintree_node **root)
+{
+    bintreeTraverse(*root, bintree_clear_proc, nullptr, BINTREE_POST_ORDER);
+    *root = nullptr;
+}
+
+// Queries, which change nothing although the walk could
+
+static int32_t query(const bintree_node *tree, bintree_visit_proc proc, void *context,
+                     int32_t order)
+{
+    return bintreeTraverse(const_cast<bintree_node *>(tree), proc, context, order);
+}
+
+static int32_t bintree_count_proc(bintree_node *, void *context)
+{
+    int32_t *const count = static_cast<int32_t *>(context);
+    *count = wrap_add(*count, 1);
+    return 0;
+}
+
+int32_t bintreeCount(const bintree_node *tree)
+{
+    int32_t count = 0;
+    query(tree, bintree_count_proc, &count, BINTREE_PRE_ORDER);
+    return count;
+}
+
+template <typename Int>
+struct bintree_find {
+    Int value;
+    uint32_t offset;
+    bintree_node *found;
+};
+
+template <typename Int>
+static int32_t bintree_find_int(bintree_node *node, void *context)
+{
+    bintree_find<Int> *const find = static_cast<bintree_find<Int> *>(context);
+    if (load<Int>(reinterpret_cast<const char *>(node) + find->offset) != find->value)
+        return 0;
+    find->found = node;
+    return 1;
+}
+
+template <typename Int>
+static bintree_node *find_int(const bintree_node *tree, Int value, uint32_t offset)
+{
+    bintree_find<Int> find = {value, offset, nullptr};
+    const int32_t result = query(tree, bintree_find_int<Int>, &find, BINTREE_IN_ORDER);
+    return result > 0 ? find.found : nullptr;
+}
+
+bintree_node *bintreeFindInt1(const bintree_node *tree, int8_t value, uint32_t offset)
+{
+    return find_int(tree, value, offset);
+}
+
+bintree_node *bintreeFindInt2(const bintree_node *tree, int16_t value, uint32_t offset)
+{
+    return find_int(tree, value, offset);
+}
+
+bintree_node *bintreeFindInt4(const bintree_node *tree, int32_t value, uint32_t offset)
+{
+    return find_int(tree, value, offset);
+}
+
+static int32_t bintree_find_text(bintree_node *node, void *context)
+{
+    return str_compare_class_str(node, static_cast<str_compare_class *>(context));
+}
+
+bintree_node *bintreeFindStr(const bintree_node *tree, const char *text, uint32_t offset,
+                             uint32_t flags)
+{
+    str_compare_class wanted = {text, offset, flags, nullptr};
+    const int32_t result = query(tree, bintree_find_text, &wanted, BINTREE_IN_ORDER);
+    return result > 0 ? static_cast<bintree_node *>(wanted.found) : nullptr;
+}
+
+static int32_t measure(walk_stack *stack, bintree_node *node)
+{
+    int32_t level = 1;
+    int32_t highest = 1;
+    for (;;) {
+        for (; node; node = links(node)[0]) {
+            if (!push(stack, node))
+                return BINTREE_FAILED;
+            level++;
+            highest = level > highest ? level : highest;
+        }
+        // An entry loses its node when the walk goes into the node's second subtree.
+        while (stack->entries && !top_of(stack)->node) {
+            pop(stack);
+            level--;
+        }
+        if (!stack->entries)
+            return highest;
+        node = links(top_of(stack)->node)[1];
+        top_of(stack)->node = nullptr;
+    }
+}
+
+int32_t bintreeGetHeight(const bintree_node *tree)
+{
+    walk_stack stack = {};
+    const int32_t height = measure(&stack, const_cast<bintree_node *>(tree));
+    release(&stack);
+    return height;
+}
+
+struct bintree_check {
+    bintree_visit_proc proc;
+    void *context;
+    int32_t count;
+};
+
+static int32_t bintree_check_balance(bintree_node *node, void *context)
+{
+    bintree_check *const check = static_cast<bintree_check *>(context);
+    const int32_t difference = bintreeGetHeight(links(node)[0]) - bintreeGetHeight(links(node)[1]);
+    if (node->balance == difference && difference >= -1 && difference <= 1)
+        return 0;
+    check->proc(node, check->context);
+    check->count = wrap_add(check->count, 1);
+    return 0;
+}
+
+int32_t bintreeCheckBalance(const bintree_node *tree, bintree_visit_proc proc, void *context)
+{
+    bintree_check check = {proc, context, 0};
+    const int32_t result = query(tree, bintree_check_balance, &check, BINTREE_IN_ORDER);
+    return result < 0 ? BINTREE_FAILED : check.count;
 }

@@ -48,6 +48,9 @@ enum {
                                  tree is unchanged */
 };
 
+/** The failure of bintreeGetHeight() and bintreeCheckBalance(): memory ran out. */
+enum { BINTREE_FAILED = -1 };
+
 /** Flags of a path, and the `flags` of the Ext procedures. Other bits are ignored. */
 enum {
     BINTREE_GROW = 0x2,      /**< the path may grow; otherwise BINTREE_NO_ROOM ends a search */
@@ -255,6 +258,78 @@ TESSEL_API int32_t bintreeCutExt(bintree_node **out_node, bintree_node **root, c
 /** bintreeRemove() with a path of its own, made with `flags` and released in the call. */
 TESSEL_API int32_t bintreeRemoveExt(bintree_node **root, const void *key,
                                     bintree_compare_proc compare, uint32_t flags);
+
+/**
+ * Visits the nodes of a tree. The way back up is kept on the heap, a small block for each level of
+ * the tree.
+ *
+ * @param tree     any node, whose subtree is visited, or null
+ * @param proc     called with each node. It may not change the shape of the tree, but in post-order
+ *                 it may release the node, of which nothing is read any more
+ * @param context  passed on to `proc`
+ * @param order    BINTREE_PRE_ORDER, BINTREE_IN_ORDER or BINTREE_POST_ORDER; with another number no
+ *                 node is visited
+ * @return 0 after all nodes; what `proc` gave when that was not 0; BINTREE_NO_ROOM when memory ran
+ *         out, in pre-order only after `proc` has seen the node on whose level it did
+ */
+TESSEL_API int32_t bintreeTraverse(bintree_node *tree, bintree_visit_proc proc, void *context,
+                                   int32_t order);
+
+/**
+ * Releases all nodes with memFree() and sets the root link to null. Should memory run out on the
+ * way, the nodes that were not reached are lost.
+ *
+ * @param root  the root link
+ */
+TESSEL_API void bintreeClear(bintree_node **root);
+
+/** The number of nodes; of those that were reached, should memory run out. */
+TESSEL_API int32_t bintreeCount(const bintree_node *tree);
+
+/**
+ * Finds a node by a field of 8 bits instead of by its key, looking at one node after the other.
+ *
+ * @param tree    any node, whose subtree is searched, or null
+ * @param value   what the field is to be equal to
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match in key order, or null, also when memory ran out
+ */
+TESSEL_API bintree_node *bintreeFindInt1(const bintree_node *tree, int8_t value, uint32_t offset);
+
+/** As bintreeFindInt1(), with a field of 16 bits in machine order. */
+TESSEL_API bintree_node *bintreeFindInt2(const bintree_node *tree, int16_t value, uint32_t offset);
+
+/** As bintreeFindInt1(), with a field of 32 bits in machine order. */
+TESSEL_API bintree_node *bintreeFindInt4(const bintree_node *tree, int32_t value, uint32_t offset);
+
+/**
+ * As bintreeFindInt1(), with a text.
+ *
+ * @param flags  STR_POINTER, when the field holds a pointer to the text and not the text itself;
+ *               STR_NO_CASE
+ */
+TESSEL_API bintree_node *bintreeFindStr(const bintree_node *tree, const char *text, uint32_t offset,
+                                        uint32_t flags);
+
+/**
+ * The height of a tree, where a null link counts as a level too: 1 for the empty tree, 2 for a
+ * single node. BINTREE_FAILED when memory ran out.
+ */
+TESSEL_API int32_t bintreeGetHeight(const bintree_node *tree);
+
+/**
+ * Tests the `balance` of each node against the heights of its subtrees, which it measures anew for
+ * every node. For balanced trees only: a plain node may end where the word is read.
+ *
+ * @param tree     any node, whose subtree is tested, or null
+ * @param proc     called, in key order, with each node whose word is wrong, or is not -1, 0 or 1;
+ * its result is disregarded. Should memory run out while a subtree is measured, a sound node may be
+ * reported
+ * @param context  passed on to `proc`
+ * @return the number of nodes reported; BINTREE_FAILED when memory ran out for the walk itself
+ */
+TESSEL_API int32_t bintreeCheckBalance(const bintree_node *tree, bintree_visit_proc proc,
+                                       void *context);
 
 #ifdef __cplusplus
 }
