@@ -292,8 +292,10 @@ static bintree_node *make_node(const bintree_path *path, uintptr_t size, bool ze
     const uintptr_t head = path->flags & BINTREE_BALANCED ? balanced_head : plain_head;
     if (size < head || size > UINT32_MAX)
         return nullptr;
-    const uint32_t bytes = static_cast<uint32_t>(size);
-    return static_cast<bintree_node *>(zero ? memCAlloc(bytes) : memAlloc(bytes));
+    void *const node = memAlloc(static_cast<uint32_t>(size));
+    if (node && zero)
+        memset(node, 0, size);
+    return static_cast<bintree_node *>(node);
 }
 
 int32_t bintreeCreate(bintree_node **out_node, bintree_node **root, const void *key,

@@ -51,22 +51,20 @@ enum {
 /** The failure of bintreeGetHeight() and bintreeCheckBalance(): memory ran out. */
 enum { BINTREE_FAILED = -1 };
 
-/** Flags of a path, and the `flags` of the Ext procedures. Other bits are ignored. */
-enum {
-    BINTREE_GROW = 0x2,      /**< the path may grow; otherwise BINTREE_NO_ROOM ends a search */
-    BINTREE_OWNED = 0x4,     /**< `steps` is a block of memAlloc(), released at the next growth;
-                                  the first growth sets this */
-    BINTREE_BALANCED = 0x10, /**< the tree is balanced, and is to be kept so */
-    BINTREE_GROWTH_MASK = 0xff00, /**< steps to add at each growth; 0 adds two */
-    BINTREE_GROWTH_SHIFT = 8      /**< where that number begins */
-};
-
 /**
- * Flags of bintreeCreate(), which exclude each other. Other bits are ignored.
+ * Flags of a path, of bintreeCreate(), which reads the two that are marked so, and of the Ext
+ * procedures. Other bits are ignored.
  */
 enum {
-    BINTREE_ZERO = 0x1,         /**< fill the new node with zero bytes */
-    BINTREE_LINK_GIVEN = 0x8000 /**< `size` is no size but the address of the node to link */
+    BINTREE_ZERO = 0x1,           /**< create: fill the new node with zero bytes */
+    BINTREE_GROW = 0x2,           /**< the path may grow; otherwise BINTREE_NO_ROOM ends a search */
+    BINTREE_OWNED = 0x4,          /**< `steps` is a block of memAlloc(), released at the next
+                                       growth; the first growth sets this */
+    BINTREE_BALANCED = 0x10,      /**< the tree is balanced, and is to be kept so */
+    BINTREE_GROWTH_MASK = 0xff00, /**< steps to add at each growth; 0 adds two */
+    BINTREE_GROWTH_SHIFT = 8,     /**< where that number begins */
+    BINTREE_LINK_GIVEN = 0x8000   /**< create: `size` is the address of the node to link, which
+                                       excludes BINTREE_ZERO */
 };
 
 /** The orders in which bintreeTraverse() visits nodes; `child[0]` comes before `child[1]`. */
