@@ -93,9 +93,9 @@ char *strInsert(char *text, const char *insertion, int32_t position, int32_t cap
         if (!text)
             return nullptr;
     }
-    size_t index = length;
-    if (position >= 0 && static_cast<uint32_t>(position) < length)
-        index = static_cast<uint32_t>(position);
+    // A negative position is far beyond the end as well.
+    const size_t wanted = static_cast<uint32_t>(position);
+    const size_t index = wanted < length ? wanted : length;
     char *const place = text + index;
     memmove(place + inserted, place, length - index + 1);
     // The insertion may be a part of `text` itself when that stays where it is.

@@ -5,7 +5,6 @@
 
 #include <stddef.h>
 #include <string.h>
-#include <string>
 #include <vector>
 
 namespace
@@ -236,41 +235,45 @@ TEST(List, FindsMaxima)
     });
 }
 
+// Every place in lists of up to three nodes; the cut that follows takes the node from there, with
+// the node before it given or not.
 TEST(List, AddsAndCuts)
 {
-    // Nodes are letters, lists are words. Beside the node stands the one that it goes behind, or
-    // that is said to stand before it.
-    list_node letters[5];
-    const auto letter = [&](char name) { return name ? &letters[name - 'A'] : nullptr; };
-    static const struct {
-        decltype(&listCut) cut;
-        const char *before, *after;
-        char node, near;
-    } rows[] = {
-        {nullptr, "", "D", 'D', 0},       {nullptr, "", "D", 'D', 'E'},
-        {nullptr, "ABC", "DABC", 'D', 0}, {nullptr, "ABC", "ADBC", 'D', 'A'},
-        {nullptr, "AB", "ABD", 'D', 'B'}, {nullptr, "ABC", "ABC", 0, 'A'},
-        {listCut, "ABC", "BC", 'A', 0},   {listCut, "ABC", "BC", 'A', 'B'},
-        {listCut, "ABC", "AC", 'B', 0},   {listCut, "ABC", "AC", 'B', 'A'},
-        {listCut, "ABC", "AB", 'C', 0},   {listCut, "ABC", "AB", 'C', 'B'},
-        {listCut, "A", "", 'A', 0},       {listCut, "ABC", "ABC", 0, 'A'},
-        {listCut, "ABC", "ABC", 'D', 0},  {listCut, "", "", 'D', 0},
-        {listRemove, "AB", "AB", 0, 'A'}, {listRemove, "ABC", "ABC", 'D', 0},
-    };
-    for (const auto &[cut, before, after, name, near] : rows) {
-        for (list_node &each : letters)
-            each.next = letter('E');
+    for (int bits = 0; bits < 2 * 4 * 4; bits++) {
+        const int count = bits / 2 % 4, after = bits / 8 - 1;
+        if (after >= count)
+            continue;
+        SCOPED_TRACE(testing::Message() << count << " nodes, after " << after);
+        list_node nodes[3], node, stranger;
         list_node *head = nullptr;
-        for (size_t i = strlen(before); i-- > 0; head = letter(before[i]))
-            letter(before[i])->next = head;
-        list_node *const node = letter(name);
-        list_node *const next = node ? node->next : nullptr;
-        (cut ? cut : listAdd)(&head, cut ? node : letter(near), cut ? letter(near) : node);
-        std::string left;
-        for (const list_node *at = head; at && left.size() < 5; at = at->next)
-            left += static_cast<char>('A' + (at - letters));
-        EXPECT_EQ(left, after) << before << ' ' << name << ' ' << near;
-        EXPECT_TRUE(!cut || !node || node->next == next);
+        std::vector<list_node *> order;
+        for (int i = 0; i < count; i++) {
+            listAdd(&head, i > 0 ? &nodes[i - 1] : &stranger, &nodes[i]);
+            order.push_back(&nodes[i]);
+        }
+        const auto expect_order = [&] {
+            const list_node *at = head;
+            for (size_t i = 0; i < order.size(); at = at->next, i++)
+                ASSERT_EQ(at, order[i]) << i;
+            EXPECT_EQ(at, nullptr);
+        };
+        listAdd(&head, after < 0 ? nullptr : &nodes[after], &node);
+        order.insert(order.begin() + (after + 1), &node);
+        expect_order();
+
+        list_node *const next = node.next;
+        list_node *const prev = after < 0 ? &stranger : &nodes[after];
+        listCut(&head, &node, bits % 2 ? prev : nullptr);
+        EXPECT_EQ(node.next, next);
+        order.erase(order.begin() + (after + 1));
+        expect_order();
+
+        listAdd(&head, prev, nullptr);
+        listCut(&head, nullptr, prev);
+        listRemove(&head, nullptr, prev);
+        listCut(&head, &node, nullptr);
+        listRemove(&head, &node, nullptr);
+        expect_order();
     }
 }
 

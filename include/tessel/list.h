@@ -16,8 +16,8 @@
  * Nodes that a procedure makes come from memAlloc(). The procedures that release nodes use
  * memFree(), so a node that meets them must have come from there; all others only relink.
  *
- * A doubly linked list that is not a ring can be read by the procedures for singly linked ones,
- * with its pointers cast, since both heads begin with the link to the next node. These procedures
+ * The procedures that only read, listCount() to listMaxInt4(), run on a linear doubly linked list
+ * as well, with its pointers cast, since both heads begin with the link to the next node. They
  * change nothing, so threads may share a list that nobody changes. The ring procedures, listCN,
  * open the ring for the length of a call, by cutting the link that leads to `list`: a ring cannot
  * be shared, even by readers.
