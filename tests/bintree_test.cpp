@@ -48,17 +48,27 @@ int32_t lean(const bintree_node *node)
     return levels(node->child[0]) - levels(node->child[1]);
 }
 
-// A tree in one line: each node's key and word, in front of its subtrees, and 0 for a null link.
+// Puts a tree in one line: each node's key and word, in front of its subtrees, and 0 for a null
+// link. Gives its height.
+int32_t flatten(const bintree_node *node, bool measured, numbers &line)
+{
+    line.push_back(node ? key_of(node) : 0);
+    if (!node)
+        return 0;
+    const size_t word = line.size();
+    line.push_back(node->balance);
+    const int32_t heights[] = {flatten(node->child[0], measured, line),
+                               flatten(node->child[1], measured, line)};
+    if (measured)
+        line[word] = heights[0] - heights[1];
+    return 1 + std::max(heights[0], heights[1]);
+}
+
 numbers flat(const bintree_node *root, bool measured = false)
 {
-    if (!root)
-        return {0};
-    numbers flat_root = {key_of(root), measured ? lean(root) : root->balance};
-    for (const bintree_node *child : root->child) {
-        const numbers flat_child = flat(child, measured);
-        flat_root.insert(flat_root.end(), flat_child.begin(), flat_child.end());
-    }
-    return flat_root;
+    numbers line;
+    flatten(root, measured, line);
+    return line;
 }
 
 // AVL trees by the book, for comparison: recursive, with heights that are measured at every step.
