@@ -7,6 +7,7 @@
 #define TESSEL_H
 
 #include "tessel/base.h"
+#include "tessel/bintree.h"
 #include "tessel/file.h"
 #include "tessel/io.h"
 #include "tessel/iotext.h"

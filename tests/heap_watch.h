@@ -9,6 +9,7 @@
 
 struct heap_state {
     bool fails;       // from now on
+    int spared;       // blocks that are still handed out before that
     int held;         // blocks that are not released
     size_t last_size; // of the last block
 };
@@ -22,7 +23,8 @@ extern "C" void __real_free(void *block);
 
 extern "C" __attribute__((used)) inline void *__wrap_malloc(size_t size)
 {
-    void *const block = heap.fails ? nullptr : __real_malloc(size);
+    const bool failing = heap.fails && heap.spared-- <= 0;
+    void *const block = failing ? nullptr : __real_malloc(size);
     if (!block)
         return nullptr;
     heap.held++;
