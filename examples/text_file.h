@@ -1,0 +1,59 @@
+// A commented text file as the scanner sees it, for the examples that read such files. Comments
+// start with # or stand between /* and */; lines count from 1.
+#ifndef TESSEL_EXAMPLES_TEXT_FILE_H
+#define TESSEL_EXAMPLES_TEXT_FILE_H
+
+#include "tessel.h"
+
+struct text_file {
+    const char *path;
+    io_stream stream;
+    io_source source;
+    io_text text;
+};
+
+inline bool open_text_file(text_file &file, const char *path)
+{
+    constexpr int32_t buffer_size = 64 << 10;
+    file = {};
+    file.path = path;
+    file.stream.read = fileRead;
+    file.stream.seek = fileSeek;
+    file.source = {&file.stream, ioLockBuffer, ioUnlockBuffer};
+    file.text.line = 1;
+    file.text.line_comment = "#";
+    file.text.line_comment_length = 1;
+    file.text.block_open = "/*";
+    file.text.block_open_length = 2;
+    file.text.block_close = "*/";
+    file.text.block_close_length = 2;
+    if (!fileOpen(&file.stream, path, FILE_READ))
+        return false;
+    if (ioAllocBuffer(&file.stream, buffer_size))
+        return true;
+    fileClose(&file.stream);
+    return false;
+}
+
+inline void close_text_file(text_file &file)
+{
+    fileClose(&file.stream);
+    ioFreeBuffer(&file.stream);
+}
+
+// What a failure of the scanner means, for a person.
+inline const char *text_failure(int32_t result)
+{
+    switch (result) {
+    case IOTEXT_TOO_LONG:
+        return "item too long";
+    case IOTEXT_COMMENT_FAULT:
+        return "comment not closed, or closed without being open";
+    case IOTEXT_STRING_FAULT:
+        return "string not closed";
+    default:
+        return "cannot be read";
+    }
+}
+
+#endif
