@@ -14,8 +14,8 @@ static io_memory *memory_of(const io_stream *stream)
 // The bytes that a transfer moves: those asked for, or those left in the block.
 static int32_t memory_amount(const io_memory *memory, int32_t bytes)
 {
-    const int32_t left = memory->size - memory->position;
-    return bytes < left ? bytes : left;
+    const int64_t left = int64_t{memory->size} - memory->position;
+    return bytes < left ? bytes : static_cast<int32_t>(left);
 }
 
 int32_t memRead(io_stream *stream, void *dest, int32_t bytes)

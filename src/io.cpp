@@ -75,7 +75,8 @@ int32_t ioFlushBuffer(io_stream *stream)
     io_buffer *const buffer = stream->buffer;
     if (!buffer || buffer->mode != IO_MODE_WRITE || buffer->position == 0)
         return 1;
-    if (stream->write(stream, io_data(buffer), buffer->position) != buffer->position)
+    if (!stream->write ||
+        stream->write(stream, io_data(buffer), buffer->position) != buffer->position)
         return 0;
     buffer->position = 0;
     return 1;
@@ -435,9 +436,9 @@ void ioUnlockBuffer(void *context, const void *end)
 void *ioLockMemory(void *context, intptr_t size, uint32_t flags)
 {
     const io_memory *const memory = static_cast<io_memory *>(context);
-    const int32_t left = memory->size - memory->position;
-    if (left < 0)
+    if (memory->position < 0 || memory->position > memory->size)
         return nullptr;
+    const int32_t left = memory->size - memory->position;
     if (flags & IO_LOCK_AT_LEAST) {
         int32_t *const visible = reinterpret_cast<int32_t *>(size);
         const int32_t minimum = *visible;

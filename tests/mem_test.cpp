@@ -60,7 +60,7 @@ TEST(Elements, Orders)
 {
     EXPECT_EQ(memByteOrder(), big ? MEM_ORDER_BIG : MEM_ORDER_LITTLE);
     EXPECT_EQ(memByteOrderHint(MEM_ORDER_BIG), !big);
-    EXPECT_EQ(memByteOrderHint(MEM_ORDER_OTHER), big ? 3u : 2u);
+    EXPECT_EQ(memByteOrderHint(MEM_ORDER_OTHER), big ? 3 : 2);
     // Only a whole word is an order; every other counts as little-endian.
     for (const uint32_t order : {0u, 0x1000u, 0x2100u, 0x3002u, 0x2u, 0x6000u})
         EXPECT_EQ(memByteOrderHint(order), big) << order;

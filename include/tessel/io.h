@@ -305,7 +305,7 @@ TESSEL_API void ioUnlockBuffer(void *stream, const void *end);
  * @param size    as for ioLockBuffer()
  * @param flags   lock flags
  * @return the byte at the position; null when fewer bytes are left than wanted (with
- *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies behind the end
+ *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies outside of the block
  */
 TESSEL_API void *ioLockMemory(void *memory, intptr_t size, uint32_t flags);
 
