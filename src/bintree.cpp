@@ -607,7 +607,8 @@ struct bintree_check {
 static int32_t bintree_check_balance(bintree_node *node, void *context)
 {
     bintree_check *const check = static_cast<bintree_check *>(context);
-    const int32_t difference = bintreeGetHeight(links(node)[0]) - bintreeGetHeight(links(node)[1]);
+    const int32_t smaller = bintreeGetHeight(links(node)[0]);
+    const int32_t difference = smaller - bintreeGetHeight(links(node)[1]);
     if (node->balance == difference && difference >= -1 && difference <= 1)
         return 0;
     check->proc(node, check->context);

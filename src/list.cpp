@@ -16,7 +16,7 @@ static_assert(offsetof(list_dnode, next) == 0 && offsetof(list_dnode, prev) == s
 // a pointer of another type.
 static list_node *next_of(const list_node *node)
 {
-    return load<list_node *>(node);
+    return static_cast<list_node *>(load<void *>(node));
 }
 
 static const void *field_of(const list_node *node, uint32_t offset)

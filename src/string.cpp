@@ -93,13 +93,13 @@ char *strInsert(char *text, const char *insertion, int32_t position, int32_t cap
         if (!text)
             return nullptr;
     }
-    // A negative position is far beyond the end as well.
-    const size_t wanted = static_cast<uint32_t>(position);
-    const size_t index = wanted < length ? wanted : length;
+    const bool inside = position >= 0 && static_cast<uint32_t>(position) < length;
+    const size_t index = inside ? static_cast<uint32_t>(position) : length;
     char *const place = text + index;
     memmove(place + inserted, place, length - index + 1);
-    // The insertion may be a part of `text` itself when that stays where it is.
-    memmove(place, insertion, inserted);
+    // The insertion may be the end of `text` itself, from the position or before it, when that stays
+    // where it is: its terminator has moved away, but not the characters that are copied.
+    memmove(place, insertion, inserted); // NOLINT(bugprone-not-null-terminated-result)
     return text;
 }
 

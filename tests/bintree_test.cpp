@@ -6,8 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <set>
+#include <stdlib.h>
+#include <string.h>
 #include <string>
 #include <vector>
 
@@ -185,8 +188,10 @@ TEST(Bintree, RandomChanges)
                                 {fixed, 63, kind, 0, 0}};
         // Where a balanced node has its word, a plain one has something of the caller's.
         std::vector<item> items(128, item{{}, 7, 0, "", nullptr});
-        for (int32_t i = 0; i < 128; i++)
+        for (int32_t i = 0; i < 128; i++) {
             items[static_cast<size_t>(i)].key = i % 64;
+            items[static_cast<size_t>(i)].balance = i % 64;
+        }
         bintree_node *root = nullptr, *book = nullptr;
         std::mt19937 random(kind);
         const auto below = [&](int32_t limit) {
@@ -247,7 +252,6 @@ TEST(Bintree, PathsGrow)
         {false, -1, BINTREE_GROW | 0x500, 41},
         {false, -1, BINTREE_GROW | 0xff00, 286},
         {true, 3, BINTREE_GROW, 39},
-        {true, 30, BINTREE_GROW | 0x700, 44},
         {true, -1, BINTREE_GROW | 0x1400, 39},
         {true, -1, BINTREE_GROW | 0xff00, 254},
         {true, 38, 0, 38},
@@ -277,7 +281,7 @@ TEST(Bintree, PathsGrow)
 }
 
 // Makes a node, with a path of the call's own.
-int32_t create(bintree_node **root, int32_t key, uint32_t flags, uint64_t size = sizeof(item))
+int32_t create(bintree_node **root, int32_t key, uint32_t flags, uintptr_t size = sizeof(item))
 {
     bintree_node *made = nullptr;
     const int32_t result = bintreeCreateExt(&made, root, &key, by_key, size, flags);
@@ -305,8 +309,19 @@ TEST(Bintree, CreateAndAdd)
     EXPECT_EQ(reinterpret_cast<item *>(root->child[0])->text[7], 0);
     EXPECT_EQ(create(&root, 2, BINTREE_BALANCED, 0), BINTREE_EXISTS);
     // No room for the head, and more than any block has.
-    for (const uint64_t size : {uint64_t{2 * sizeof(void *) + 3}, uint64_t{UINT32_MAX} + 25})
+    constexpr uintptr_t links = sizeof(bintree_plain_node);
+    EXPECT_EQ(create(&root, 3, BINTREE_BALANCED | BINTREE_ZERO, links + 3), BINTREE_NO_MEMORY);
+    if (sizeof(uintptr_t) > sizeof(uint32_t)) {
+        const auto size = static_cast<uintptr_t>(uint64_t{UINT32_MAX} + 25);
         EXPECT_EQ(create(&root, 3, BINTREE_BALANCED | BINTREE_ZERO, size), BINTREE_NO_MEMORY);
+    }
+    // A node may end right behind its head, whose word a plain one does not have.
+    for (const uint32_t kind : {0u, uint32_t{BINTREE_BALANCED}}) {
+        bintree_node *small = nullptr, *made;
+        const uintptr_t size = kind ? links + sizeof(int32_t) : links;
+        EXPECT_EQ(bintreeCreateExt(&made, &small, nullptr, nullptr, size, kind), BINTREE_DONE);
+        bintreeClear(&small);
+    }
 
     bintree_step steps[4];
     bintree_path path = {steps, 3, BINTREE_BALANCED, 0, 0};
@@ -376,14 +391,6 @@ int32_t visit(bintree_node *node, void *context)
     return seen->keys.size() == seen->last ? seen->result : 0;
 }
 
-int32_t visit_and_release(bintree_node *node, void *context)
-{
-    const int32_t result = visit(node, context);
-    memset(static_cast<void *>(node), heap_pattern, sizeof(item));
-    memFree(node);
-    return result;
-}
-
 void visit_all(const bintree_node *node, int32_t order, numbers &keys)
 {
     for (int32_t i = 0; node && i < 3; i++) {
@@ -415,9 +422,9 @@ TEST(Bintree, WalksEndAnywhere)
                 EXPECT_EQ(bintreeTraverse(root, visit, &seen, order), seen.result);
                 EXPECT_EQ(seen.keys, expected);
             }
-            EXPECT_EQ(bintreeTraverse(root, visit, nullptr, order + 3), 0);
             EXPECT_EQ(heap.held, held);
         }
+        EXPECT_EQ(bintreeTraverse(root, visit, nullptr, -1), 0);
         heap.fails = true;
         for (int32_t spared = 0; spared <= height; spared++) {
             visits seen = {};
@@ -431,8 +438,7 @@ TEST(Bintree, WalksEndAnywhere)
             EXPECT_TRUE(spared || seen.keys.size() == (root != nullptr));
         }
         heap.fails = false;
-        visits seen = {};
-        EXPECT_EQ(bintreeTraverse(root, visit_and_release, &seen, BINTREE_POST_ORDER), 0);
+        bintreeClear(&root);
         EXPECT_EQ(heap.held, 0);
     }
 }
@@ -450,7 +456,7 @@ TEST(Bintree, MillionLevels)
     heap = {};
     bintree_node *root = make_chain(count);
     EXPECT_EQ(bintreeGetHeight(root), count + 1);
-    for (int32_t order = BINTREE_PRE_ORDER; order <= BINTREE_POST_ORDER; order++) {
+    for (int32_t order = BINTREE_IN_ORDER; order <= BINTREE_POST_ORDER; order++) {
         int32_t visited = 0;
         EXPECT_EQ(bintreeTraverse(root, count_visit, &visited, order), 0);
         EXPECT_EQ(visited, count);
@@ -471,17 +477,17 @@ TEST(Bintree, Queries)
     item *items[8];
     for (int32_t key = 1; key <= 7; key++)
         items[key] = reinterpret_cast<item *>(bintreeSearch(root, &key, by_key));
-    for (const int32_t key : {1, 2, 5, 6})
+    for (const int32_t key : {1, 6, 7})
         items[key]->pointer = "other";
-    // Of the two that match the first in order is not the one that is nearer to the root.
-    for (item *const like : {items[3], items[7]}) {
+    // The first in order of those that match: pre-order meets 5 first, post-order 3.
+    for (item *const like : {items[2], items[3], items[5]}) {
         strcpy(like->text, "Word\xff");
         like->pointer = "Away";
     }
     int16_t two;
     int32_t four;
-    memcpy(&two, items[3]->text + 3, sizeof two);
-    memcpy(&four, items[3]->text + 1, sizeof four);
+    memcpy(&two, items[2]->text + 3, sizeof two);
+    memcpy(&four, items[2]->text + 1, sizeof four);
     const auto text = static_cast<uint32_t>(offsetof(item, text));
     const auto pointer = static_cast<uint32_t>(offsetof(item, pointer));
     for (const bool fails : {false, true}) {
@@ -493,7 +499,7 @@ TEST(Bintree, Queries)
                                              bintreeFindStr(root, "wORD\xff", text, STR_NO_CASE),
                                              bintreeFindStr(root, "Away", pointer, STR_POINTER)};
         for (const bintree_node *node : found)
-            EXPECT_EQ(node ? key_of(node) : 0, fails ? 0 : 3);
+            EXPECT_EQ(node ? key_of(node) : 0, fails ? 0 : 2);
         EXPECT_FALSE(bintreeFindInt1(root, 1, text) || bintreeFindStr(root, "word\xff", text, 0));
         EXPECT_EQ(bintreeCount(root), fails ? 1 : 6);
         EXPECT_EQ(bintreeCheckBalance(root, visit, nullptr), fails ? BINTREE_FAILED : 0);
@@ -506,18 +512,26 @@ TEST(Bintree, Queries)
     EXPECT_TRUE(!link && heap.held == 6);
     heap.fails = false;
 
-    // A word without its difference, and a difference of 2, which no balanced tree has.
-    items[7]->balance = -1;
-    items[2]->balance = 2;
-    item lower = {{}, 0, 0, "", nullptr};
-    items[1]->child[0] = reinterpret_cast<bintree_node *>(&lower);
+    // Differences of 2 and -2, which no balanced tree has, and a word without its difference. They are
+    // reported in order, a node behind the subtree of its smaller keys.
+    item added[3] = {};
+    bintree_node *const lower[] = {reinterpret_cast<bintree_node *>(&added[0]),
+                                   reinterpret_cast<bintree_node *>(&added[1]),
+                                   reinterpret_cast<bintree_node *>(&added[2])};
+    items[1]->child[0] = lower[0];
     items[1]->balance = 1;
     memFree(items[3]);
     items[2]->child[1] = nullptr;
-    root->balance = 1;
+    items[2]->balance = 2;
+    items[6]->child[1] = lower[1];
+    items[6]->balance = -2;
+    lower[1]->child[1] = lower[2];
+    lower[1]->balance = -1;
+    root->balance = -1;
     visits seen = {{}, 1, 5};
-    EXPECT_EQ(bintreeCheckBalance(root, visit, &seen), 2);
-    EXPECT_EQ(seen.keys, (numbers{2, 7}));
+    EXPECT_EQ(bintreeCheckBalance(root, visit, &seen), 3);
+    EXPECT_EQ(seen.keys, (numbers{2, 6, 7}));
+    items[6]->child[1] = nullptr;
     items[1]->child[0] = nullptr;
     bintreeClear(&root);
     EXPECT_EQ(heap.held, 0);

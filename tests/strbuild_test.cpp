@@ -23,7 +23,6 @@ TEST(StringBuilding, CopiesAndJoins)
         {"abc", nullptr, nullptr, -1, true},
         {nullptr, nullptr, nullptr, 4, true},
         {nullptr, "b", "b", 2, true},
-        {nullptr, "b", nullptr, 1, true},
         {"ab", "cde", "abcde", 6, true},
         {"", "", "", 1, true},
         {"", "", nullptr, 0, true},
@@ -70,7 +69,6 @@ TEST(StringBuilding, Inserts)
         {"abc", "XY", nullptr, 1, 5, none, none},
         {"abc", "XY", "aXYbc", 1, 5, 10, 16},
         {"abc", "XY", "XYabc", 0, 0, 0, 6},
-        {"abc", "XY", "abcXY", 3, 6, 10, 0},
         {"abc", "XY", "abcXY", INT32_MAX, 6, 10, 0},
         {"abc", "XY", "abcXY", INT32_MIN, 5, 10, 16},
         {"abc", "XY", "aXYbc", 1, -1, 10, 0},
@@ -91,7 +89,9 @@ TEST(StringBuilding, Inserts)
         char *const built = strInsert(block, insertion, position, capacity, room_ref);
         EXPECT_STREQ(built, result);
         EXPECT_EQ(room, word_after);
-        EXPECT_EQ(built && built != block, word_after > 0);
+        if (word_after > 0) {
+            EXPECT_EQ(heap.last_size, strlen(text) + 1 + static_cast<uint32_t>(word_after));
+        }
         if (!built) {
             EXPECT_STREQ(block, text);
         }
@@ -99,6 +99,8 @@ TEST(StringBuilding, Inserts)
         EXPECT_EQ(heap.held, text ? 1 : 0);
         memFree(built ? built : block);
     }
+    char twice[9] = "abcd";
+    EXPECT_STREQ(strInsert(twice, twice, 2, sizeof twice, nullptr), "ababcdcd");
     char text[4] = "ab";
     EXPECT_STREQ(strAppend(text, "c", sizeof text, nullptr), "abc");
     EXPECT_EQ(strAppend(text, "d", sizeof text, nullptr), nullptr);

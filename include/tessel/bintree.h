@@ -114,7 +114,7 @@ struct bintree_path {
 };
 
 /**
- * Compares a node with a key.
+ * Compares a node with a key. It may not change the tree.
  *
  * @param node  the node
  * @param key   what the caller gave to the search: an address, or any word of that size
@@ -152,10 +152,10 @@ TESSEL_API bintree_node *bintreeSearch(const bintree_node *tree, const void *key
  * @param compare   called once for each level, before the level's step is written
  * @param path      receives the steps, `depth` and `pivot`. Where nothing is found the last step
  *                  names the future parent and its free child. The `balance` of a node is read only
- *                  with BINTREE_BALANCED; without it `pivot` says nothing
+ *                  with BINTREE_BALANCED; without it `pivot` is 0, or -1 for an empty tree
  * @return BINTREE_DONE, the path being good for bintreeUnlink(); BINTREE_NOT_FOUND, the path being
- *         good for bintreeLink(); BINTREE_NO_ROOM, with `depth` and `pivot` as they were and the
- *         path good for nothing
+ *         good for bintreeLink(); BINTREE_NO_ROOM, with `depth` and `pivot` as they were:
+ *         nothing to link or unlink by, but the path can serve another search
  */
 TESSEL_API int32_t bintreeIterate(bintree_node **out_node, const bintree_node *tree,
                                   const void *key, bintree_compare_proc compare,
@@ -192,7 +192,7 @@ TESSEL_API int32_t bintreeUnlink(bintree_node **root, bintree_path *path);
  * @param compare   compares a node with `key`
  * @param path      the path to search with
  * @param size      bytes of the whole node, head included, for memAlloc(); with BINTREE_LINK_GIVEN
- *                  the address of the caller's node
+ *                  the address of the caller's node, not null
  * @param flags     BINTREE_ZERO or BINTREE_LINK_GIVEN
  * @return BINTREE_DONE, BINTREE_EXISTS, BINTREE_NO_ROOM, or BINTREE_NO_MEMORY, also for a size that
  *         is smaller than the head or does not fit 32 bits; bintreeLink() may then still follow,
@@ -206,7 +206,7 @@ TESSEL_API int32_t bintreeCreate(bintree_node **out_node, bintree_node **root, c
  * Links the caller's node, unless its key is in the tree already.
  *
  * @param root     the root link
- * @param node     the node; it stays the caller's and untouched unless it was linked
+ * @param node     the node, not null; it stays the caller's and untouched unless it was linked
  * @param key      the node's key, passed on to `compare`
  * @param compare  compares a node with `key`
  * @param path     the path to search with
@@ -218,7 +218,9 @@ TESSEL_API int32_t bintreeAdd(bintree_node **root, bintree_node *node, const voi
 /**
  * Finds a node and unlinks it; the caller owns it from then on.
  *
- * @param out_node  receives the node found, also where BINTREE_NO_ROOM then leaves it in the tree
+ * @param out_node  receives the node found, also where BINTREE_NO_ROOM then leaves it in the tree;
+ *                  not written where none was found or BINTREE_NO_ROOM ended the search itself, so
+ *                  set it to null first to tell the two apart
  * @param root      the root link
  * @param key       passed on to `compare`
  * @param compare   compares a node with `key`
@@ -229,7 +231,7 @@ TESSEL_API int32_t bintreeCut(bintree_node **out_node, bintree_node **root, cons
                               bintree_compare_proc compare, bintree_path *path);
 
 /**
- * Finds a node, unlinks it and releases it with memFree().
+ * Finds a node, unlinks it and releases it with memFree(), so it must have come from memAlloc().
  *
  * @return as bintreeCut(); nothing is released unless it is BINTREE_DONE
  */
@@ -237,10 +239,11 @@ TESSEL_API int32_t bintreeRemove(bintree_node **root, const void *key, bintree_c
                                  bintree_path *path);
 
 /**
- * bintreeCreate() with a path of its own, made and released in the call.
+ * bintreeCreate() with a path of its own, made and released in the call. In this and the next three
+ * the path may always grow, so that BINTREE_NO_ROOM means that memory ran out.
  *
- * @param flags  flags of the path, BINTREE_BALANCED above all; BINTREE_ZERO may join them.
- *               BINTREE_LINK_GIVEN may not: its bit belongs to the growth step
+ * @param flags  flags of the path: BINTREE_BALANCED and the growth step. BINTREE_ZERO may join them;
+ *               BINTREE_LINK_GIVEN may not, since its bit belongs to the growth step
  */
 TESSEL_API int32_t bintreeCreateExt(bintree_node **out_node, bintree_node **root, const void *key,
                                     bintree_compare_proc compare, uintptr_t size, uint32_t flags);
@@ -268,14 +271,15 @@ TESSEL_API int32_t bintreeRemoveExt(bintree_node **root, const void *key,
  * @param order    BINTREE_PRE_ORDER, BINTREE_IN_ORDER or BINTREE_POST_ORDER; with another number no
  *                 node is visited
  * @return 0 after all nodes; what `proc` gave when that was not 0; BINTREE_NO_ROOM when memory ran
- *         out, in pre-order only after `proc` has seen the node on whose level it did
+ *         out; in pre-order `proc` has then seen the node that could not be entered. A `proc` that
+ *         gives the same number cannot be told from it
  */
 TESSEL_API int32_t bintreeTraverse(bintree_node *tree, bintree_visit_proc proc, void *context,
                                    int32_t order);
 
 /**
- * Releases all nodes with memFree() and sets the root link to null. Should memory run out on the
- * way, the nodes that were not reached are lost.
+ * Releases all nodes with memFree(), so they must have come from memAlloc(), and sets the root link
+ * to null. Should memory run out on the way, the nodes that were not reached are lost.
  *
  * @param root  the root link
  */
@@ -321,8 +325,8 @@ TESSEL_API int32_t bintreeGetHeight(const bintree_node *tree);
  *
  * @param tree     any node, whose subtree is tested, or null
  * @param proc     called, in key order, with each node whose word is wrong, or is not -1, 0 or 1;
- * its result is disregarded. Should memory run out while a subtree is measured, a sound node may be
- * reported
+ *                 its result is disregarded. Should memory run out while a subtree is measured, a
+ *                 sound node may be reported
  * @param context  passed on to `proc`
  * @return the number of nodes reported; BINTREE_FAILED when memory ran out for the walk itself
  */

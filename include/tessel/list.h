@@ -18,8 +18,12 @@
  *
  * The procedures that only read, listCount() to listMaxInt4(), run on a linear doubly linked list
  * as well, with its pointers cast, since both heads begin with the link to the next node. They
- * change nothing, so threads may share a list that nobody changes. The ring procedures, listCN,
- * open the ring for the length of a call, by cutting the link that leads to `list`: a ring cannot
+ * change nothing, so threads may share a list that nobody changes.
+ *
+ * The ring procedures, listCN, do what those without CN do, on a ring that begins at `list`,
+ * whichever node that is, and ends at the node before it. `list` may be null, an empty ring being
+ * an empty list. A linear list, which must be given from its first node, is worked on as the linear
+ * list that it is. They open the ring for the length of a call, by cutting the link that leads to `list`: a ring cannot
  * be shared, even by readers.
  *
  * All take one pass at most and do not recurse.
@@ -45,8 +49,9 @@ enum {
 };
 
 /**
- * Status of listInsertionNode() for a position beyond the end. Its other values are 0, to insert
- * behind the result, and LIST_BEFORE, to insert in front of the first node.
+ * Status of listInsertionNode() for a position above the number of nodes plus one. Its other values
+ * are 0, to insert behind the result if there is one, and LIST_BEFORE, to insert in front of the
+ * first node.
  */
 enum { LIST_BEYOND_END = 0x8000 };
 
@@ -147,7 +152,8 @@ TESSEL_API list_node *listFindPrev(const list_node *list, const list_node *node)
  * @return by `position`:
  *         0: null, status LIST_BEFORE;
  *         1 to m: the node at `position` - 1, status 0;
- *         m + 1: null, status 0;
+ *         m + 1: null, status 0: no place, and not to be handed on, since listAdd() takes it for
+ *         the front and listDNAdd() for the place behind the first node;
  *         above: the last node, null for an empty list, status LIST_BEYOND_END;
  *         negative: the last node, null for an empty list, status 0
  */
@@ -242,12 +248,6 @@ TESSEL_API void listDNCut(list_dnode **head, list_dnode *node);
 
 /** As listDNCut(), and releases the node. */
 TESSEL_API void listDNRemove(list_dnode **head, list_dnode *node);
-
-/*
- * Rings: what the procedures without CN do, on a ring that begins at `list`, whichever node that
- * is, and ends at the node before it. `list` may be null. A linear list, which must be given from
- * its first node, is worked on as the linear list that it is.
- */
 
 /** Releases all nodes of a ring and leaves it empty. */
 TESSEL_API void listCNClear(list_dnode **head);

@@ -34,7 +34,7 @@ enum {
 
 /** What a search for a text field in the nodes of a list or a tree goes by. */
 struct str_compare_class {
-    const char *text; /**< caller: the text to look for */
+    const char *text; /**< caller: the text to look for, not null */
     uint32_t offset;  /**< caller: bytes from the start of a node to the field */
     uint32_t flags;   /**< caller: STR_POINTER, STR_NO_CASE */
     void *found;      /**< library: the node, written at a match */
@@ -76,12 +76,14 @@ TESSEL_API char *strUnion(char *target, const char *left, const char *right, int
  * memAlloc() and must not hold `insertion`.
  *
  * @param text       the string, or null
- * @param insertion  the string to insert, or null
+ * @param insertion  the string to insert, or null. If the buffer stays it may be `text` itself, or
+ *                   an end of it that begins at or before `position`
  * @param position   index in `text`; one that is negative or beyond the end means the end
  * @param capacity   capacity of the buffer of `text`; negative if there is room in any case
  * @param roomRef    null if the buffer must not be replaced. Otherwise the address of a word that
  *                   holds the extra bytes wanted in a new one, 0 or more; the call sets it to 0 if
- *                   the buffer stays and to the new capacity if it is replaced
+ *                   the buffer stays or the new capacity does not fit, and to the new capacity if
+ *                   it is to be replaced
  * @return the string, to be used from now on instead of `text`. `text` as it is, if it or
  *         `insertion` is null. Null if there is no room and `roomRef` is null, if the new capacity
  *         does not fit a signed 32-bit number, or if memory ran out, and the word then holds the
@@ -96,8 +98,9 @@ TESSEL_API char *strAppend(char *text, const char *insertion, int32_t capacity, 
 /**
  * Finds a string in a list of strings.
  *
- * @param list   strings one behind the other, each with its terminator, and an empty one as the end
- * @param text   the string to look for; the empty one is never found
+ * @param list   strings one behind the other, each with its terminator, and an empty one as the end;
+ *               not null
+ * @param text   the string to look for, not null; the empty one is never found
  * @param flags  STR_NO_CASE
  * @return its index, from 0 on, or -1
  */
