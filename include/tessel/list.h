@@ -23,8 +23,8 @@
  * The ring procedures, listCN, do what those without CN do, on a ring that begins at `list`,
  * whichever node that is, and ends at the node before it. `list` may be null, an empty ring being
  * an empty list. A linear list, which must be given from its first node, is worked on as the linear
- * list that it is. They open the ring for the length of a call, by cutting the link that leads to `list`: a ring cannot
- * be shared, even by readers.
+ * list that it is. They open the ring for the length of a call, by cutting the link that leads to
+ * `list`: a ring cannot be shared, even by readers.
  *
  * All take one pass at most and do not recurse.
  */
