@@ -132,7 +132,8 @@ void check_text(uint64_t value, uint32_t format, const std::string &expected)
     for (int32_t size = -1; size <= length + 2; size++) {
         std::string text(expected.size() + 3, '#');
         const bool fits = size > length;
-        std::string wanted = fits ? expected + '\0' : reversed.substr(0, std::max(size - 1, 0));
+        const size_t written = static_cast<size_t>(std::max(size - 1, 0));
+        std::string wanted = fits ? expected + '\0' : reversed.substr(0, written);
         wanted.resize(text.size(), '#');
         ASSERT_EQ(x_string(halves(value), text.data(), size, format), fits ? length : 0) << size;
         ASSERT_EQ(text, wanted) << size;
