@@ -197,7 +197,8 @@ static uint32_t letter_offset(uint32_t format)
 // The character of a digit. Beyond radix 36 they run on behind the letters, whatever comes there.
 static char digit_character(uint64_t digit, uint32_t format)
 {
-    return static_cast<char>(digit + (digit < 10 ? '0' : letter_offset(format)));
+    // By arithmetic: a jump that depends on a digit cannot be foreseen.
+    return static_cast<char>('0' + digit + (digit >= 10) * (letter_offset(format) - '0'));
 }
 
 // Any radix, digit by digit behind the `written` characters that are there already, the least
