@@ -29,7 +29,7 @@ uint64_t native(x_int value)
     return uint64_t{value.high} << 32 | value.low;
 }
 
-// Numbers of every length alike, and so many that no processor learns them by heart.
+// Numbers of every length alike, and too many for a branch predictor to know them all.
 const std::vector<uint64_t> &numbers()
 {
     static const std::vector<uint64_t> made = [] {
