@@ -360,8 +360,7 @@ void *memAllocRect(uint32_t rows, uint32_t rowBytes)
 void *memAlloc2DExt(int32_t rows, uint32_t unit, const void *first, const void *second,
                     uint32_t flags)
 {
-    if (rows < 0)
-        return nullptr;
+    // A negative number of rows counts as one far too big.
     void *const table = alloc_if_fits(static_cast<uint32_t>(rows) * uint64_t{sizeof(void *)});
     if (!table)
         return nullptr;
