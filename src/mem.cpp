@@ -119,19 +119,14 @@ static uint64_t swap_bytes(uint64_t word)
 // swaps and take those word by word.
 typedef uint16_t swap_lanes __attribute__((vector_size(16)));
 
-static swap_lanes exchange_lanes(swap_lanes lanes, uint16_t)
+template <typename Word>
+static void invert_lanes(swap_lanes &lanes)
 {
-    return lanes;
-}
-
-static swap_lanes exchange_lanes(swap_lanes lanes, uint32_t)
-{
-    return __builtin_shufflevector(lanes, lanes, 1, 0, 3, 2, 5, 4, 7, 6);
-}
-
-static swap_lanes exchange_lanes(swap_lanes lanes, uint64_t)
-{
-    return __builtin_shufflevector(lanes, lanes, 3, 2, 1, 0, 7, 6, 5, 4);
+    lanes = lanes << 8 | lanes >> 8;
+    if constexpr (sizeof(Word) == 4)
+        lanes = __builtin_shufflevector(lanes, lanes, 1, 0, 3, 2, 5, 4, 7, 6);
+    else if constexpr (sizeof(Word) == 8)
+        lanes = __builtin_shufflevector(lanes, lanes, 3, 2, 1, 0, 7, 6, 5, 4);
 }
 
 template <typename Word>
@@ -140,8 +135,10 @@ static void invert_words(unsigned char *data, size_t count)
     const size_t bytes = count * sizeof(Word);
     const size_t in_vectors = bytes / sizeof(swap_lanes) * sizeof(swap_lanes);
     for (size_t i = 0; i < in_vectors; i += sizeof(swap_lanes)) {
-        const swap_lanes lanes = load<swap_lanes>(data + i);
-        store(data + i, exchange_lanes(lanes << 8 | lanes >> 8, Word{}));
+        swap_lanes lanes;
+        memcpy(&lanes, data + i, sizeof lanes);
+        invert_lanes<Word>(lanes);
+        memcpy(data + i, &lanes, sizeof lanes);
     }
     for (size_t i = in_vectors; i < bytes; i += sizeof(Word))
         store(data + i, swap_bytes(load<Word>(data + i)));
@@ -413,15 +410,17 @@ void *memLinSearch(const void *base, uint32_t count, uint32_t size, const void *
 void *memBinSearch(const void *base, uint32_t count, uint32_t size, const void *key,
                    mem_compare_proc compare, uint32_t *index)
 {
-    // What is left begins at `low` and has `count` elements, so that no bound can wrap. The address
-    // of the element is made twice, since it would not find a register free during the call.
+    // What is left begins at `left` and has `count` elements, so that no bound can wrap.
+    const char *left = static_cast<const char *>(base);
     uint32_t low = 0;
     while (count > 0) {
         const uint32_t before = (count - 1) / 2;
-        const int32_t order = compare(element_at(base, low + before, size), key);
+        const char *const element = element_at(left, before, size);
+        const int32_t order = compare(element, key);
         if (order == 0)
-            return found_at(element_at(base, low + before, size), low + before, index);
+            return found_at(element, low + before, index);
         if (order < 0) {
+            left = element + size;
             low += before + 1;
             count /= 2;
         } else {
