@@ -303,8 +303,8 @@ struct str_option_search {
     char *text;
 };
 
-// The name of an entry, which begins behind the first space if there is one. For every entry that
-// a linear search passes this is half of the work; strchr needs less than half of a loop's time.
+// The name of an entry, which begins behind the first space if there is one. A linear search does
+// this for every entry that it passes; a loop in place of strchr makes it a fifth slower.
 static const char *entry_name(const char *entry)
 {
     const char *const space = strchr(entry, ' ');
@@ -369,13 +369,13 @@ static int32_t str_option_compare(const void *entryRef, const void *key)
     entry_difference difference;
     if (match_entry(*search, load<const char *>(entryRef), difference))
         return 0;
-    const char t = *difference.text;
-    const char n = *difference.name;
-    if (!t)
+    const auto in_text = static_cast<signed char>(*difference.text);
+    const auto in_name = static_cast<signed char>(*difference.name);
+    if (!in_text)
         return 1;
-    if (search->delimiters && is_listed(search->delimiters, t))
-        return n ? 1 : -1;
-    return static_cast<signed char>(t) > static_cast<signed char>(n) ? -1 : 1;
+    if (search->delimiters && is_listed(search->delimiters, *difference.text))
+        return in_name ? 1 : -1;
+    return in_text > in_name ? -1 : 1;
 }
 
 // One call of the parser, which passes through the steps below.
@@ -530,7 +530,7 @@ static option_step take_short(option_parse &parse)
 {
     str_option *const option = parse.option;
     if (!*parse.text) {
-        parse.result = parse.flags & STROPT_LONE_ALLOWED ? STROPT_LONE : STROPT_ERROR;
+        parse.result = parse.flags & STROPT_LONE_OK ? STROPT_LONE : STROPT_ERROR;
         return step_finish;
     }
     parse.result = static_cast<signed char>(*parse.text++);

@@ -11,10 +11,10 @@
  * need not have the same size. In one block the table stands first and the rows follow it without a
  * gap, aligned as the sizes in front of them leave them; separate rows are blocks of their own.
  * Every procedure over such an array is given the sizes of the rows anew, in the same four
- * arguments: `unit`, the base size in bytes; `first` and `second`, two lists of row dimensions,
- * either or both of them null; and `flags`, MEM_STEP_FIRST and MEM_STEP_SECOND joined with the
- * width of the numbers in both lists. A row takes `unit` times its number in each list that is not
- * null. For rows of 1, 2 and 3 doubles: 8, an array of the 16-bit numbers 1, 2 and 3, null, and
+ * arguments: `unit`, the base size in bytes; `first` and `second`, two lists of row dimensions, 0
+ * or more, either or both of them null; and `flags`, MEM_STEP_FIRST and MEM_STEP_SECOND joined with
+ * the width of the numbers in both lists. A row takes `unit` times its number in each list that is
+ * not null. For rows of 1, 2 and 3 doubles: 8, an array of the 16-bit numbers 1, 2 and 3, null, and
  * 2 | MEM_STEP_FIRST.
  */
 #ifndef TESSEL_MEM_H

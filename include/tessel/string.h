@@ -133,8 +133,7 @@ enum {
     STROPT_EQUALS = 0x100,    /**< take "=" for the delimiters, whatever the call says */
     STROPT_DOUBLED = 0x200,   /**< long options need a doubled prefix; behind a single one there
                                    are short options alone */
-    STROPT_LONE_ALLOWED =
-        0x400,                /**< a prefix with nothing behind it is STROPT_LONE, not an error */
+    STROPT_LONE_OK = 0x400,   /**< a prefix with nothing behind it is STROPT_LONE, not an error */
     STROPT_FOLLOWING = 0x800, /**< a long option's value may stand in the arguments behind it */
     STROPT_SORTED = 0x1000,   /**< the table's names ascend, bytes compared as signed numbers:
                                    search it by halving, if there are delimiters */
@@ -149,7 +148,7 @@ enum {
  * as a short option and as a STROPT_VALUE.
  */
 enum {
-    STROPT_LONE = 0,           /**< a lone prefix, with STROPT_LONE_ALLOWED; `value` is null */
+    STROPT_LONE = 0,           /**< a lone prefix, with STROPT_LONE_OK; `value` is null */
     STROPT_ENTRY = 0x10000000, /**< with the index of a table entry; `value` is its value, or
                                     null */
     STROPT_BARE = 0x20000000,  /**< an argument that is no option, in `current`; `value` is
@@ -217,8 +216,8 @@ struct str_option {
  * @param prefixes    characters that open an option. Behind a space: value characters, which give
  *                    the rest of the argument as STROPT_VALUE. Null: every argument is parsed as
  *                    with STROPT_PLAIN and without STROPT_DOUBLED
- * @param delimiters  characters that may end a long name; an empty set allows none, null all that
- * an entry lists
+ * @param delimiters  characters that may end a long name. An empty set allows none; null allows
+ *                    all that an entry lists
  * @param table       the entries, or null
  * @param count       number of entries; 0 for a null table
  * @return a class or a character
