@@ -1,0 +1,179 @@
+#include "tessel/file.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+class Files : public testing::Test
+{
+  protected:
+    std::string path = testing::TempDir() + "tessel_XXXXXX";
+    io_stream stream = {fileRead, fileWrite, fileSeek, 4321, nullptr, 0};
+
+    Files()
+    {
+        EXPECT_TRUE(mkdtemp(path.data()) && ioAllocBuffer(&stream, 9));
+        path += "/file";
+    }
+    ~Files() override
+    {
+        ioResetBuffer(&stream);
+        ioFreeBuffer(&stream);
+        std::filesystem::remove_all(std::filesystem::path(path).parent_path());
+    }
+    int descriptor() const
+    {
+        return static_cast<int>(stream.handle);
+    }
+};
+
+TEST_F(Files, OpensAsTheFlagsSay)
+{
+    // The flags that open a path with nothing (n) or a file (f) there. A directory (d) gets as far
+    // as the system with some; everything else is refused before.
+    const std::map<std::string, std::vector<uint32_t>> rows = {
+        {"", {0, 0x100, 0x200, 0x300}},
+        {"f", {0x1, 0x101, 0x201}},
+        {"n", {0x2, 0x3, 0x202, 0x203}},
+        {"nf", {0x102, 0x103, 0x302, 0x303}}};
+    const mode_t before = umask(0);
+    for (const auto &[opening, words] : rows)
+        for (const uint32_t flags : words)
+            for (const char there : {'n', 'f', 'd'}) {
+                SCOPED_TRACE(std::to_string(flags) + " at " + there);
+                std::filesystem::remove_all(path);
+                if (there == 'd')
+                    std::filesystem::create_directory(path);
+                else if (there == 'f')
+                    std::ofstream(path) << "hello";
+                stream.handle = 4321;
+                ASSERT_EQ(ioWrite(&stream, path.data(), 1, 0), 1);
+                const bool opened = opening.find(there) != std::string::npos;
+                EXPECT_EQ(fileOpen(&stream, path.c_str(), flags), opened);
+                EXPECT_EQ(stream.buffer->position, !opened);
+                EXPECT_EQ(stream.buffer->mode, opened ? IO_MODE_NONE : IO_MODE_WRITE);
+                ioResetBuffer(&stream);
+                struct stat status = {};
+                EXPECT_EQ(stat(path.c_str(), &status) == 0, opened || there != 'n');
+                const bool emptied = opened && (flags & FILE_WRITE) && (flags & FILE_TRUNCATE);
+                EXPECT_TRUE(there != 'f' || status.st_size == (emptied ? 0 : 5));
+                EXPECT_TRUE(there != 'n' || !opened || (status.st_mode & 0777) == 0600);
+                const int mode[] = {-1, O_RDONLY, O_WRONLY, O_RDWR};
+                const bool asked = there == 'd' && opening.size() > 1;
+                EXPECT_TRUE(opened || stream.handle == (asked ? -1 : 4321));
+                EXPECT_EQ(fcntl(descriptor(), F_GETFL) & O_ACCMODE, opened ? mode[flags & 3] : 3);
+                EXPECT_EQ(fcntl(descriptor(), F_GETFD), opened ? FD_CLOEXEC : -1);
+                EXPECT_EQ(fileClose(&stream), opened);
+            }
+    umask(before);
+}
+
+TEST_F(Files, CloseWritesPendingBytesOrStaysOpen)
+{
+    char text[] = "hello";
+    io_stream cleared = {};
+    EXPECT_EQ(fileClose(&cleared), 1);
+    ASSERT_TRUE(fileOpen(&stream, path.c_str(), FILE_WRITE));
+    EXPECT_TRUE(ioWrite(&stream, text, 5, 0) == 5 && fileClose(&stream));
+    ASSERT_TRUE(fileOpen(&stream, path.c_str(), FILE_READ));
+    EXPECT_TRUE(ioRead(&stream, text, 5, 0) == 5 && ioRead(&stream, text, 1, 0) == 0);
+
+    // A descriptor that only reads refuses the pending byte.
+    ASSERT_EQ(ioWrite(&stream, text, 1, 0), 1);
+    EXPECT_EQ(fileClose(&stream), 0);
+    EXPECT_EQ(stream.buffer->position, 1);
+    EXPECT_NE(fcntl(descriptor(), F_GETFD), -1);
+    ioResetBuffer(&stream);
+    EXPECT_EQ(fileClose(&stream), 1);
+    EXPECT_EQ(fcntl(descriptor(), F_GETFD), -1);
+    EXPECT_TRUE(stream.buffer && stream.handle > 0);
+    EXPECT_TRUE(fileClose(&stream) == 0 && fileRead(&stream, text, 1) == -1);
+}
+
+TEST_F(Files, PositionsBeyondTheResultAreRefused)
+{
+    constexpr int64_t gigabyte = 1 << 30;
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, 3 * gigabyte);
+    ASSERT_TRUE(fileOpen(&stream, path.c_str(), FILE_READ | FILE_WRITE | FILE_EXISTING));
+    const int64_t rows[][4] = {// Position, offset, whence, result.
+                               {7, -1, 0, -1},
+                               {7, -8, 1, -1},
+                               {7, 0, 9, -1},
+                               {7, 0, 2, -1},
+                               {INT32_MAX, 1, 1, -1},
+                               {INT32_MAX, 0, 1, INT32_MAX},
+                               {2 * gigabyte, 0, 1, -1},
+                               {2 * gigabyte, -1, 1, INT32_MAX},
+                               {7, -INT32_MAX, 2, gigabyte + 1}};
+    for (const auto &[before, offset, whence, result] : rows) {
+        lseek(descriptor(), before, SEEK_SET);
+        EXPECT_EQ(fileSeek(&stream, static_cast<int32_t>(offset), static_cast<int32_t>(whence)),
+                  result);
+        EXPECT_EQ(lseek(descriptor(), 0, SEEK_CUR), result < 0 ? before : result) << offset;
+    }
+    lseek(descriptor(), 3 * gigabyte - 1, SEEK_SET);
+    EXPECT_TRUE(fileWrite(&stream, "x", 1) == 1 && fileRead(&stream, path.data(), 1) == 0);
+    EXPECT_EQ(fileClose(&stream), 1);
+}
+
+// A block of ten bytes, at every position.
+TEST(MemoryBackEnd, ReadsWritesAndLocksWhatIsLeft)
+{
+    for (int32_t at = 0; at <= 10; at++)
+        for (int32_t bytes = 1; bytes < 12; bytes++) {
+            std::string block = "abcdefghij", expected = block, dest(12, '.');
+            io_memory memory = {10, at, block.data()};
+            io_stream stream = {};
+            stream.handle = reinterpret_cast<intptr_t>(&memory);
+            const int32_t left = 10 - at, moved = std::min(bytes, left);
+            const auto first = static_cast<size_t>(at), count = static_cast<size_t>(moved);
+            EXPECT_EQ(memRead(&stream, dest.data(), bytes), moved);
+            EXPECT_EQ(dest, block.substr(first, count) + std::string(12 - count, '.'));
+            EXPECT_EQ(std::exchange(memory.position, at), at + moved);
+            EXPECT_EQ(memWrite(&stream, "ABCDEFGHIJK", bytes), moved);
+            EXPECT_EQ(block, expected.replace(first, count, "ABCDEFGHIJ", count));
+            EXPECT_EQ(std::exchange(memory.position, at), at + moved);
+
+            char *const view = block.data() + at, *const enough = bytes <= left ? view : nullptr;
+            int32_t there = bytes, wanted = bytes;
+            EXPECT_EQ(ioLockMemory(&memory, reinterpret_cast<intptr_t>(&there), 0x11), view);
+            EXPECT_EQ(ioLockMemory(&memory, bytes, 0x21), enough);
+            EXPECT_EQ(ioLockMemory(&memory, reinterpret_cast<intptr_t>(&wanted), 0x61), enough);
+            EXPECT_TRUE(there == left && wanted == left);
+            ioUnlockMemory(&memory, view + moved);
+            EXPECT_EQ(memory.position, at + moved);
+            memory.position = 11;
+            EXPECT_EQ(ioLockMemory(&memory, reinterpret_cast<intptr_t>(&there), 0x11), nullptr);
+        }
+}
+
+TEST(MemoryBackEnd, SeeksWithinTheBlock)
+{
+    for (const int32_t size : {0, 10, INT32_MAX})
+        for (const int32_t before : {0, std::min(size, 4), size})
+            for (const int32_t whence : {0, 1, 2, 7, -1})
+                for (const int32_t offset :
+                     {INT32_MIN, -11, -10, -5, -4, -1, 0, 1, 6, 7, 10, 11, INT32_MAX}) {
+                    io_memory memory = {size, before, nullptr};
+                    io_stream stream = {};
+                    stream.handle = reinterpret_cast<intptr_t>(&memory);
+                    const int64_t target = int64_t{offset} + (whence == 0   ? 0
+                                                              : whence == 2 ? size
+                                                                            : before);
+                    const bool inside = target >= 0 && target <= size;
+                    EXPECT_EQ(memSeek(&stream, offset, whence), inside ? target : -1);
+                    EXPECT_EQ(memory.position, inside ? target : before);
+                }
+}
+
+} // namespace

@@ -1,0 +1,52 @@
+// Input for the text benchmarks: settings with comments, as configuration files have them.
+#ifndef TESSEL_BENCH_COMMENTED_TEXT_H
+#define TESSEL_BENCH_COMMENTED_TEXT_H
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+inline std::string commented_text(size_t bytes)
+{
+    std::mt19937 random(20260117);
+    const auto below = [&](uint32_t bound) { return random() % bound; };
+    std::string text;
+    text.reserve(bytes + 256);
+    const auto word = [&] {
+        for (uint32_t length = 2 + below(9); length > 0; length--)
+            text += static_cast<char>('a' + below(26));
+    };
+    while (text.size() < bytes) {
+        switch (below(8)) {
+        case 0:
+            text += "# ";
+            for (int i = 0; i < 6; i++, text += ' ')
+                word();
+            break;
+        case 1:
+            text += "/* ";
+            for (int i = 0; i < 8; i++) {
+                word();
+                text += i == 4 ? "\n   " : " ";
+            }
+            text += "*/";
+            break;
+        default:
+            text.append(below(3) * 4, ' ');
+            word();
+            text += " = ";
+            for (uint32_t values = 1 + below(4); values > 0; values--) {
+                word();
+                if (values > 1)
+                    text += ' ';
+            }
+            if (below(8) == 0)
+                text += " # a note";
+            break;
+        }
+        text += below(4) == 0 ? "\r\n" : "\n";
+    }
+    return text;
+}
+
+#endif

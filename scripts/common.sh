@@ -1,0 +1,76 @@
+# Shared by the scripts: where the project is, and what they need of the system. To be sourced.
+
+set -eu
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# need WHAT:PACKAGE... makes sure that each command or file is there and installs the Debian
+# packages of those that are missing.
+need() {
+  local entry what packages=()
+  for entry in "$@"; do
+    what=${entry%%:*}
+    case $what in
+      /*) [ -e "$what" ] || packages+=("${entry#*:}") ;;
+      *) command -v "$what" >/dev/null || packages+=("${entry#*:}") ;;
+    esac
+  done
+  [ ${#packages[@]} -gt 0 ] || return 0
+
+  if ! command -v apt-get >/dev/null; then
+    echo "This needs what Debian calls: ${packages[*]}. Please install it and try again." >&2
+    exit 1
+  fi
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null || ! sudo -n true 2>/dev/null; then
+      echo "This needs ${packages[*]}, and only root may install it." \
+        "Please run as root: apt-get install ${packages[*]}" >&2
+      exit 1
+    fi
+    as_root=(sudo -n)
+  fi
+  echo "Installing ${packages[*]}" >&2
+  if ! { "${as_root[@]}" apt-get update -q &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -q -y --no-install-recommends "${packages[@]}"; } >&2; then
+    echo "${packages[*]} could not be installed; without it this cannot go on." >&2
+    exit 1
+  fi
+}
+
+need_build() {
+  need g++:g++ cmake:cmake ninja:ninja-build
+}
+
+need_tests() {
+  need_build
+  need /usr/include/gtest/gtest.h:libgtest-dev
+}
+
+# run_tests PRESET configures, builds and tests, and adds up what ran and failed.
+tests_passed=0
+tests_failed=0
+run_tests() {
+  local preset=$1 report counts
+  report=$PWD/build/$preset/report.xml
+  rm -f "$report"
+  cmake --preset "$preset"
+  cmake --build --preset "$preset"
+  ctest --preset "$preset" --output-junit "$report" || true
+  if [ ! -s "$report" ]; then
+    echo "The tests of the preset $preset did not run." >&2
+    exit 1
+  fi
+  counts=$(sed -n '/<testsuite /,/>/p' "$report" | tr '\n\t' '  ')
+  local tests failures
+  tests=$(sed -n 's/.* tests="\([0-9]*\)".*/\1/p' <<<"$counts")
+  failures=$(sed -n 's/.* failures="\([0-9]*\)".*/\1/p' <<<"$counts")
+  tests_failed=$((tests_failed + failures))
+  tests_passed=$((tests_passed + tests - failures))
+}
+
+# Closes a script with the count, and with a failure if anything failed or nothing ran.
+finish() {
+  echo "$tests_passed passed, $tests_failed failed"
+  [ "$tests_failed" -eq 0 ] && [ "$tests_passed" -gt 0 ]
+}

@@ -1,0 +1,94 @@
+// A stream over a vector of bytes that plays a script and keeps a log.
+#ifndef TESSEL_TESTS_SCRIPTED_STREAM_H
+#define TESSEL_TESTS_SCRIPTED_STREAM_H
+
+#include "tessel/io.h"
+#include "tessel/mem.h"
+
+#include <algorithm>
+#include <deque>
+#include <string.h>
+#include <string>
+#include <vector>
+
+using byte_vector = std::vector<unsigned char>;
+
+// Each call of the back end takes the next outcome of the script, the most bytes that it moves or
+// IO_FAILED; behind the script's end calls do all that is asked. The position is that of a file: it
+// may lie behind the end, and a write there fills the gap.
+struct scripted_stream : io_stream {
+    byte_vector data;
+    int32_t back = 0;
+    int32_t longest_read = INT32_MAX;
+    std::deque<int32_t> script;
+    std::string log; // "read 512 -> 3, seek -2 1 -> 1"
+
+    explicit scripted_stream(byte_vector bytes = {})
+        : io_stream{read_back, write_back, seek_back, 0, nullptr, 0xa5}, data(std::move(bytes))
+    {
+    }
+    scripted_stream(const scripted_stream &) = delete;
+    ~scripted_stream()
+    {
+        memFree(buffer);
+    }
+
+    // Lets the next calls end as those of a log did.
+    void play(const std::string &calls)
+    {
+        log.clear();
+        script.clear();
+        for (size_t at = 0; (at = calls.find("-> ", at)) != std::string::npos; at += 3)
+            script.push_back(std::stoi(calls.substr(at + 3)));
+    }
+    int32_t left() const
+    {
+        return std::max(static_cast<int32_t>(data.size()) - back, 0);
+    }
+    // The next unread byte of the buffer, or the next free one.
+    unsigned char *next() const
+    {
+        return reinterpret_cast<unsigned char *>(buffer + 1) + buffer->position;
+    }
+
+  private:
+    // The outcome of a call that could give `most`.
+    int32_t finish(const std::string &call, int32_t most)
+    {
+        const int32_t result = script.empty() ? most : std::min(script[0], most);
+        script.erase(script.begin(), script.begin() + !script.empty());
+        log += (log.empty() ? "" : ", ") + call + " -> " + std::to_string(result);
+        return result;
+    }
+    static int32_t read_back(io_stream *stream, void *dest, int32_t bytes)
+    {
+        auto &s = *static_cast<scripted_stream *>(stream);
+        const int32_t most = std::min({bytes, s.left(), s.longest_read});
+        const int32_t moved = s.finish("read " + std::to_string(bytes), most);
+        for (int32_t i = 0; i < moved; i++)
+            static_cast<unsigned char *>(dest)[i] = s.data[static_cast<size_t>(s.back++)];
+        return moved;
+    }
+    static int32_t write_back(io_stream *stream, const void *source, int32_t bytes)
+    {
+        auto &s = *static_cast<scripted_stream *>(stream);
+        const int32_t moved = s.finish("write " + std::to_string(bytes), bytes);
+        if (moved > s.left())
+            s.data.resize(static_cast<size_t>(s.back + moved));
+        for (int32_t i = 0; i < moved; i++)
+            s.data[static_cast<size_t>(s.back++)] = static_cast<const unsigned char *>(source)[i];
+        return moved;
+    }
+    static int32_t seek_back(io_stream *stream, int32_t offset, int32_t whence)
+    {
+        auto &s = *static_cast<scripted_stream *>(stream);
+        const int32_t bases[] = {0, s.back, static_cast<int32_t>(s.data.size())};
+        const int32_t target = std::max<int32_t>(bases[whence] + offset, IO_FAILED);
+        const std::string call = "seek " + std::to_string(offset) + " " + std::to_string(whence);
+        const int32_t result = s.finish(call, target);
+        s.back = result == IO_FAILED ? s.back : result;
+        return result;
+    }
+};
+
+#endif
