@@ -311,7 +311,7 @@ void memCopy2D(void *target, const void *source, uint32_t rows, uint32_t unit, c
     for (uint32_t row = 0; row < rows; row++) {
         char *const next_to = row_at(target, row);
         const char *const next_from = row_at(source, row);
-        if (next_to != to + run || next_from != from + run || run >= longest_run) {
+        if (run == 0 || run >= longest_run || next_to != to + run || next_from != from + run) {
             copy_run(to, from, run);
             to = next_to;
             from = next_from;
@@ -329,7 +329,7 @@ void memSet2D(void *table, int32_t byte, uint32_t rows, uint32_t unit, const voi
     size_t run = 0;
     for (uint32_t row = 0; row < rows; row++) {
         char *const next_to = row_at(table, row);
-        if (next_to != to + run || run >= longest_run) {
+        if (run == 0 || run >= longest_run || next_to != to + run) {
             fill_run(to, byte, run);
             to = next_to;
             run = 0;

@@ -275,6 +275,13 @@ char *stroptGetString(str_option *option)
     return option->current;
 }
 
+// A character as results and orders have it.
+static int32_t character_code(char character)
+{
+    const auto code = static_cast<signed char>(character);
+    return code; // NOLINT(bugprone-signed-char-misuse,cert-str34-c)
+}
+
 // Whether a character stands in the head of an entry, in front of the first space.
 static bool str_option_find_delimiter(const char *entry, char character)
 {
@@ -369,8 +376,8 @@ static int32_t str_option_compare(const void *entryRef, const void *key)
     entry_difference difference;
     if (match_entry(*search, load<const char *>(entryRef), difference))
         return 0;
-    const auto in_text = static_cast<signed char>(*difference.text);
-    const auto in_name = static_cast<signed char>(*difference.name);
+    const int32_t in_text = character_code(*difference.text);
+    const int32_t in_name = character_code(*difference.name);
     if (!in_text)
         return 1;
     if (search->delimiters && is_listed(search->delimiters, *difference.text))
@@ -424,7 +431,7 @@ static option_step begin(option_parse &parse)
 
 static option_step take_value_character(option_parse &parse)
 {
-    parse.result = STROPT_VALUE | static_cast<signed char>(*parse.text);
+    parse.result = STROPT_VALUE | character_code(*parse.text);
     parse.option->value = parse.text + 1;
     return step_finish;
 }
@@ -497,26 +504,26 @@ static void follow_up(str_option *option, const char *entry)
 // Finds the entry that the text names. The linear search is a loop with the comparison inline,
 // since most entries are passed at their first character: with memLinSearch() it takes half as long
 // again.
-static bool find_entry(const option_parse &parse, uint32_t &index)
+static const char *const *find_entry(const option_parse &parse)
 {
     const str_option_search search = {parse.option, parse.delimiters, parse.text};
     if (parse.flags & STROPT_SORTED && parse.delimiters)
-        return memBinSearch(parse.table, parse.count, sizeof *parse.table, &search,
-                            str_option_compare, &index) != nullptr;
+        return static_cast<const char *const *>(memBinSearch(
+            parse.table, parse.count, sizeof *parse.table, &search, str_option_compare, nullptr));
     entry_difference difference;
-    for (index = 0; index < parse.count; index++) {
+    for (uint32_t index = 0; index < parse.count; index++) {
         if (match_entry(search, parse.table[index], difference))
-            return true;
+            return parse.table + index;
     }
-    return false;
+    return nullptr;
 }
 
 static option_step look_up(option_parse &parse)
 {
-    uint32_t index;
-    if (find_entry(parse, index)) {
-        follow_up(parse.option, parse.table[index]);
-        parse.result = STROPT_ENTRY | static_cast<int32_t>(index);
+    const char *const *const entry = find_entry(parse);
+    if (entry) {
+        follow_up(parse.option, *entry);
+        parse.result = STROPT_ENTRY | static_cast<int32_t>(entry - parse.table);
         return step_finish;
     }
     if (!(parse.flags & STROPT_DOUBLED))
@@ -533,7 +540,7 @@ static option_step take_short(option_parse &parse)
         parse.result = parse.flags & STROPT_LONE_OK ? STROPT_LONE : STROPT_ERROR;
         return step_finish;
     }
-    parse.result = static_cast<signed char>(*parse.text++);
+    parse.result = character_code(*parse.text++);
     option->value = *parse.text ? parse.text : nullptr;
     if (option->value && parse.flags & STROPT_CLUSTERS)
         option->flags |= STROPT_IN_CLUSTER;
