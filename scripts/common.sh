@@ -51,12 +51,12 @@ need_tests() {
 tests_passed=0
 tests_failed=0
 run_tests() {
-  local preset=$1 report counts
+  local preset=$1 report counts status=0
   report=$PWD/build/$preset/report.xml
   rm -f "$report"
   cmake --preset "$preset"
   cmake --build --preset "$preset"
-  ctest --preset "$preset" --output-junit "$report" || true
+  ctest --preset "$preset" --output-junit "$report" || status=$?
   if [ ! -s "$report" ]; then
     echo "The tests of the preset $preset did not run." >&2
     exit 1
@@ -65,6 +65,14 @@ run_tests() {
   local tests failures
   tests=$(sed -n 's/.* tests="\([0-9]*\)".*/\1/p' <<<"$counts")
   failures=$(sed -n 's/.* failures="\([0-9]*\)".*/\1/p' <<<"$counts")
+  if [ "$tests" -eq 0 ]; then
+    echo "The preset $preset has no tests." >&2
+    exit 1
+  fi
+  # A run that fails without a failed test has failed all the same.
+  if [ "$status" -ne 0 ] && [ "$failures" -eq 0 ]; then
+    tests_failed=$((tests_failed + 1))
+  fi
   tests_failed=$((tests_failed + failures))
   tests_passed=$((tests_passed + tests - failures))
 }

@@ -21,7 +21,7 @@ inline uint32_t machine_order()
 }
 
 // The conversion code between an order, compared as a whole word, and the machine's.
-inline uint32_t conversion_code(uint32_t order)
+inline int32_t conversion_code(uint32_t order)
 {
     const uint32_t wanted = order == MEM_ORDER_BIG || order == MEM_ORDER_OTHER
                                 ? order
@@ -43,10 +43,10 @@ inline uint32_t element_size(uint32_t descriptor)
 }
 
 // What has to be done to the elements of a descriptor: nothing for plain bytes.
-inline uint32_t element_conversion(uint32_t descriptor)
+inline int32_t element_conversion(uint32_t descriptor)
 {
     return element_size(descriptor) > 1 ? conversion_code(descriptor & MEM_ORDER_MASK)
-                                        : static_cast<uint32_t>(MEM_CONVERT_NONE);
+                                        : static_cast<int32_t>(MEM_CONVERT_NONE);
 }
 
 #endif

@@ -95,8 +95,8 @@ static lookahead look_ahead(text_scan &scan, int32_t minimum)
             scan.available = visible;
             return lookahead::enough;
         }
-        // No view: the source failed, the input ended, or it is slow in coming. What lies there
-        // now tells which.
+        // No view: the source failed, the input ended, or it is slow in coming. More characters
+        // than before mean the last; over a buffer that still holds some, the other two look alike.
         scan.cursor = nullptr;
         if (!next_view(scan) || scan.available == 0)
             return lookahead::broken;

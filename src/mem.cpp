@@ -70,14 +70,14 @@ uint32_t memByteOrder(void)
     return machine_order();
 }
 
-uint32_t memByteOrderHint(uint32_t order)
+int32_t memByteOrderHint(uint32_t order)
 {
     return conversion_code(order);
 }
 
 int32_t memReorder(void *data, uint32_t count, uint32_t descriptor)
 {
-    const uint32_t conversion = element_conversion(descriptor);
+    const int32_t conversion = element_conversion(descriptor);
     if (conversion == MEM_CONVERT_NONE)
         return 0;
     // Nobody knows how the third order arranges its bytes, so none is moved for it.

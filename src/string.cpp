@@ -74,8 +74,10 @@ char *strBackwardToken(char *text, int32_t length, const char *set, uint32_t fla
 {
     if (!text)
         return nullptr;
-    if (length == 0 && !(flags & STR_FROM_END))
-        length = static_cast<int32_t>(strlen(text));
+    if (length == 0 && !(flags & STR_FROM_END)) {
+        const size_t measured = strlen(text);
+        length = measured <= INT32_MAX ? static_cast<int32_t>(measured) : 0;
+    }
     if (length <= 0)
         return nullptr;
     char *const start = flags & STR_FROM_END ? text - length : text;
@@ -111,10 +113,10 @@ int32_t strBackwardTokenIndex(const char *text, int32_t length, const char *set,
 int32_t strCountToken(const char *text, const char *set)
 {
     const char_set members = char_set_of(set);
-    int32_t count = 0;
+    uint32_t count = 0;
     for (; *text; text++)
         count += char_set_has(members, *text);
-    return count;
+    return static_cast<int32_t>(count);
 }
 
 // For each character of a set its replacement, in one table beside the set itself.

@@ -105,22 +105,20 @@ TEST_F(Files, PositionsBeyondTheResultAreRefused)
     std::ofstream(path).close();
     std::filesystem::resize_file(path, 3 * gigabyte);
     ASSERT_TRUE(fileOpen(&stream, path.c_str(), FILE_READ | FILE_WRITE | FILE_EXISTING));
-    const int64_t rows[][4] = {// Position, offset, whence, result.
-                               {7, -1, 0, -1},
-                               {7, -8, 1, -1},
-                               {7, 0, 9, -1},
-                               {7, 0, 2, -1},
-                               {INT32_MAX, 1, 1, -1},
-                               {INT32_MAX, 0, 1, INT32_MAX},
-                               {2 * gigabyte, 0, 1, -1},
-                               {2 * gigabyte, -1, 1, INT32_MAX},
-                               {7, -INT32_MAX, 2, gigabyte + 1}};
-    for (const auto &[before, offset, whence, result] : rows) {
+    const auto check = [&](int64_t before, int32_t offset, int32_t whence, int64_t result) {
         lseek(descriptor(), before, SEEK_SET);
-        EXPECT_EQ(fileSeek(&stream, static_cast<int32_t>(offset), static_cast<int32_t>(whence)),
-                  result);
+        EXPECT_EQ(fileSeek(&stream, offset, whence), result);
         EXPECT_EQ(lseek(descriptor(), 0, SEEK_CUR), result < 0 ? before : result) << offset;
-    }
+    };
+    check(7, -1, IO_FROM_START, -1);
+    check(7, -8, IO_FROM_CURRENT, -1);
+    check(7, 0, IO_FROM_END, -1);
+    check(7, -INT32_MAX, IO_FROM_END, gigabyte + 1);
+    check(7, 0, 9, -1);
+    check(INT32_MAX, 1, IO_FROM_CURRENT, -1);
+    check(INT32_MAX, 0, IO_FROM_CURRENT, INT32_MAX);
+    check(2 * gigabyte, 0, IO_FROM_CURRENT, -1);
+    check(2 * gigabyte, -1, IO_FROM_CURRENT, INT32_MAX);
     lseek(descriptor(), 3 * gigabyte - 1, SEEK_SET);
     EXPECT_TRUE(fileWrite(&stream, "x", 1) == 1 && fileRead(&stream, path.data(), 1) == 0);
     EXPECT_EQ(fileClose(&stream), 1);
@@ -167,9 +165,8 @@ TEST(MemoryBackEnd, SeeksWithinTheBlock)
                     io_memory memory = {size, before, nullptr};
                     io_stream stream = {};
                     stream.handle = reinterpret_cast<intptr_t>(&memory);
-                    const int64_t target = int64_t{offset} + (whence == 0   ? 0
-                                                              : whence == 2 ? size
-                                                                            : before);
+                    const int64_t bases[] = {0, before, size};
+                    const int64_t target = bases[whence == 0 || whence == 2 ? whence : 1] + offset;
                     const bool inside = target >= 0 && target <= size;
                     EXPECT_EQ(memSeek(&stream, offset, whence), inside ? target : -1);
                     EXPECT_EQ(memory.position, inside ? target : before);

@@ -258,12 +258,13 @@ TEST(Streams, StringRecords)
     const std::map<uint32_t, byte_vector> fields = {
         {0, {5}},         {0x2001, {5}},          {2, {5, 0}},
         {0x2002, {0, 5}}, {0x1004, {5, 0, 0, 0}}, {0x2004, {0, 0, 0, 5}}};
+    const std::string text = "hello";
     for (const auto &[descriptor, field] : fields) {
         scripted_stream number, string;
         const uint32_t value = field.size() == 4 ? 5 : field.size() == 2 ? 0xffff0005 : 0xffffff05;
         EXPECT_TRUE(ioWriteInt(&number, value, descriptor) && number.data == field);
         EXPECT_TRUE(ioWriteString(&string, "hello!", 5, descriptor));
-        number.data.insert(number.data.end(), {'h', 'e', 'l', 'l', 'o'});
+        number.data.insert(number.data.end(), text.begin(), text.end());
         EXPECT_EQ(string.data, number.data);
         // Cut anywhere, into a block of any size (the characters behind it stay) or a new one.
         for (size_t length = 0; length <= field.size() + 5; length++)
@@ -273,11 +274,11 @@ TEST(Streams, StringRecords)
                     scripted_stream s({string.data.data(), string.data.data() + length});
                     s.seek = whole && size % 2 ? s.seek : nullptr;
                     char room[] = "#########";
-                    char *const got = ioReadString(&s, fresh ? nullptr : room,
-                                                   static_cast<int32_t>(size), descriptor);
+                    char *const dest = fresh ? nullptr : room;
+                    char *const got =
+                        ioReadString(&s, dest, static_cast<int32_t>(size), descriptor);
                     ASSERT_EQ(got != nullptr, whole && (fresh || size > 0));
-                    EXPECT_TRUE(!got ||
-                                got == std::string("hello").substr(0, fresh ? 5 : size - 1));
+                    EXPECT_TRUE(!got || got == text.substr(0, fresh ? 5 : size - 1));
                     EXPECT_TRUE(!whole || s.left() == (got ? 0 : 5));
                     EXPECT_EQ(room[size], '#');
                     memset(got && fresh ? got + 6 : room, '#', size);

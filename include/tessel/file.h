@@ -64,7 +64,8 @@ TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
  *                unless FILE_EXISTING is set, and a new file is made with read and write
  *                permission for its owner alone
  * @return 1, or 0 when the file could not be opened or the flags or the path were refused; `handle`
- *         is -1 after a refusal of the system, unchanged after any other
+ *         is -1 when the system's open itself failed, and unchanged when the flags or the path were
+ *         refused before it
  */
 TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags);
 
@@ -86,6 +87,9 @@ TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t byte
 /**
  * Moves the position in the stream's file.
  *
+ * @param stream  a stream whose `handle` is a descriptor
+ * @param offset  bytes
+ * @param whence  IO_FROM_START, IO_FROM_CURRENT or IO_FROM_END
  * @return the new position. -1 when the system refused the move or the position does not fit a
  *         signed 32-bit number; the position is then what it was. Reading and writing go on past
  *         2 GiB all the same

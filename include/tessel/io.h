@@ -115,7 +115,7 @@ struct io_buffer {
 struct io_memory {
     int32_t size;     /**< caller: length of the block in bytes */
     int32_t position; /**< both: offset of the next byte, from 0 to `size` */
-    void *base;       /**< caller: the block */
+    void *base;       /**< caller: the block; not null, though it be empty */
 };
 
 /** Locks a view of a context: ioLockBuffer(), ioLockMemory(), or one that promises the same. */
@@ -136,7 +136,8 @@ struct io_source {
  * grows keeps its contents and its mode.
  *
  * @param stream  the stream, which owns the buffer until ioFreeBuffer()
- * @param size    capacity in bytes; 0 means 512, a negative number its magnitude, but at least 512
+ * @param size    capacity in bytes; 0 means 512, a negative number its magnitude, but at least 512,
+ *                which the lowest number means as well
  * @return 1, or 0 when memory ran out; the stream and its old buffer then stand unchanged
  */
 TESSEL_API int32_t ioAllocBuffer(io_stream *stream, int32_t size);
@@ -170,8 +171,8 @@ TESSEL_API int32_t ioSyncBuffer(io_stream *stream);
 
 /**
  * Reads elements. A request smaller than the buffer's capacity refills an empty buffer; a larger
- * one goes straight into `dest`. The back end is called twice at most, so fewer elements than asked
- * for do not mean the end of the data.
+ * one, and one of just the capacity, goes straight into `dest`. The back end is called twice at
+ * most, so fewer elements than asked for do not mean the end of the data.
  *
  * @param stream      the stream
  * @param dest        room for `count` elements, at any alignment
@@ -248,8 +249,9 @@ TESSEL_API int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descri
  *                    Without: bytes wanted behind the terminator, 0 or more, left undefined
  * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
  * @return `dest`, or the new block, to be released with memFree(); null when the data ended or
- *         failed within the record, there is no room or memory, the string has 2 to the 31st bytes
- *         or more, or the field has another size. The position within the record is then undefined
+ *         failed within the record, there is no room or memory, `size` is negative without `dest`,
+ * the string has 2 to the 31st bytes or more, or the field has another size. The position within
+ * the record is then undefined
  */
 TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint32_t descriptor);
 
@@ -261,7 +263,8 @@ TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint3
  * @param length      number of bytes; 0 means up to the terminator. The caller keeps it within what
  *                    the field can hold: a longer one is written narrowed, and then all the bytes
  * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
- * @return 1, or 0 when not all of it went or the field has another size
+ * @return 1, or 0 when not all of it went or the field has another size; for a negative `length`
+ * the field has gone then
  */
 TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t length,
                                  uint32_t descriptor);

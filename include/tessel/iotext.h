@@ -117,7 +117,8 @@ struct io_text {
     io_text_proc callback;       /**< caller: may be null while `callback_flags` is 0 */
     uintptr_t callback_data;     /**< caller: for the callback; the library leaves it alone */
     uint32_t callback_flags;     /**< caller and callback: the events wanted */
-    int16_t terminator;          /**< scanner: the last stop character, sign-extended */
+    int16_t terminator;          /**< scanner: the stop character, sign-extended; after any other
+                                      result than IOTEXT_STOPPED it means nothing */
     int32_t error_line;          /**< scanner: line of the last comment fault */
     int32_t count;               /**< scanner: length of the last item */
 };
@@ -132,16 +133,19 @@ struct io_text {
  * @param source      the input
  * @param delimiters  the stop set, or null for white space
  * @param dest        where the item goes, NUL-terminated and trimmed; null only counts it
- * @param size        room at `dest`, terminator included, at least 1; not looked at for a null
- * `dest`
+ * @param size        room at `dest`, terminator included, at least 1; not looked at without `dest`
  * @param mode        mode bits
  * @param text        the record, or null for none
  * @return IOTEXT_STOPPED, IOTEXT_COMMENT or IOTEXT_END with the item in `dest` and its length in
  *         `count`, which with IOTEXT_CUT may exceed the room; the end of the input with a `count`
  *         of 0 means no item. IOTEXT_TOO_LONG with what fitted; the first character that did not
- *         is lost. IOTEXT_COMMENT_FAULT with the item before it, `error_line` set.
- *         IOTEXT_CANCELLED with the item so far. IOTEXT_FAILED when the source failed or the
- *         callback stopped the leading skip; `dest` then means nothing
+ *         is lost. IOTEXT_COMMENT_FAULT with the item before it; `error_line` is the line of a
+ * stray close delimiter, or the last line where a comment is open at the end. IOTEXT_CANCELLED with
+ * the item so far. All of these write `line` and `count`, a cancelled block comment without its own
+ * lines, and leave the source just behind what was consumed. IOTEXT_FAILED when the source failed
+ * or the callback stopped the leading skip: `dest` may lack its terminator and `count` its meaning.
+ * A stream whose read fails right behind the first characters of a delimiter counts as ended there;
+ * the next scan meets the failure
  */
 TESSEL_API int32_t iotextRead(const io_source *source, const char *delimiters, char *dest,
                               int32_t size, uint32_t mode, io_text *text);
@@ -193,7 +197,10 @@ TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters
  *         or for the input's end inside a string with an `open`. IOTEXT_TOO_LONG, IOTEXT_FAILED
  *         (also where the input ends within two characters behind a backslash),
  *         IOTEXT_COMMENT_FAULT and IOTEXT_CANCELLED as from iotextRead(). `dest` keeps what was
- *         stored
+ *         stored, and but for IOTEXT_FAILED it is terminated; nothing is undone, so the source
+ *         stands where the failure was found, and just behind the backslash of an escape that did
+ *         not fit. `count` is the string's length after IOTEXT_STOPPED alone, and `line` does not
+ *         count escaped line ends
  */
 TESSEL_API int32_t iotextReadString(const io_source *source, char *dest, int32_t size, char open,
                                     char close, char last, uint32_t flags, io_text *text);

@@ -69,7 +69,8 @@ TESSEL_API void *memAlloc(uint32_t size);
  * Changes the size of a block, keeping its contents up to the smaller of both sizes.
  *
  * @param block  a block, or null to allocate one
- * @param size   bytes
+ * @param size   bytes, above 0; what 0 does is the C library's choice, and it may release the block
+ *               and give null
  * @return the block, possibly moved, or null when memory ran out; the old block then still stands
  */
 TESSEL_API void *memResize(void *block, uint32_t size);
@@ -129,7 +130,7 @@ TESSEL_API uint32_t memByteOrder(void);
  *               counts as little-endian
  * @return a conversion code
  */
-TESSEL_API uint32_t memByteOrderHint(uint32_t order);
+TESSEL_API int32_t memByteOrderHint(uint32_t order);
 
 /**
  * Brings elements from machine order into a stream's order or back, in place.

@@ -7,8 +7,8 @@
  * that the caller holds. A scan settles on one character of the string, its position, and that is
  * the one character that it may overwrite, with a NUL. Nothing here allocates.
  *
- * A null set means white space: space, tab, carriage return and line feed. A scan that finds
- * nothing gives null or -1, writes nothing, and is no failure.
+ * For the scans a null set means white space: space, tab, carriage return and line feed. One that
+ * finds nothing gives null or -1, writes nothing, and is no failure.
  */
 #ifndef TESSEL_STRING_H
 #define TESSEL_STRING_H
@@ -51,12 +51,12 @@ TESSEL_API char *strToken(char *text, const char *set, uint32_t flags);
  * the byte behind the stretch decides: if it is a NUL, as at the end of a string, nothing is found.
  *
  * @param text    the string, or null; with STR_FROM_END the address behind the stretch
- * @param length  size of the stretch; 0 means the whole string, but not with STR_FROM_END. No byte
- *                before the stretch is read
+ * @param length  size of the stretch; 0 means the whole string, up to 2 GiB, but not with
+ *                STR_FROM_END. No byte before the stretch is read
  * @param set     the set, or null for white space
  * @param flags   STR_COMPLEMENT, STR_KEEP, STR_FROM_END
  * @return the address behind the position, with STR_KEEP as well; null for a null `text`, a stretch
- *         of no characters, and where nothing is found
+ *         of no characters or a negative length, and where nothing is found
  */
 TESSEL_API char *strBackwardToken(char *text, int32_t length, const char *set, uint32_t flags);
 
@@ -78,8 +78,9 @@ TESSEL_API int32_t strCountToken(const char *text, const char *set);
  * replacement serves the rest of the set.
  *
  * @param text          the string; its length does not change
- * @param set           the characters to be replaced; where one stands twice, the first decides
- * @param replacements  their replacements; empty replaces nothing
+ * @param set           the characters to be replaced, not null; where one stands twice, the first
+ *                      decides
+ * @param replacements  their replacements, not null; empty replaces nothing
  * @param count         0: replace all. Above 0: stop after that many, from the start. Below 0: stop
  *                      after that many, from the end
  * @return `text`
