@@ -8,6 +8,7 @@
 
 #include "tessel/base.h"
 #include "tessel/file.h"
+#include "tessel/integer.h"
 #include "tessel/io.h"
 #include "tessel/iotext.h"
 #include "tessel/mem.h"
