@@ -1,121 +1,177 @@
-// Converts 64-bit numbers from one radix to another, as its options say; `radix --help` lists them.
+// Converts whole numbers of 64 bits from one radix to another: those of its command line, or the
+// items of standard input. `radix --help` lists its options.
 #include "tessel.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
-#include <string>
-#include <vector>
+#include <stdio.h>
+#include <string.h>
 
 namespace
 {
 enum { exit_ok = 0, exit_failed = 1 };
 
-constexpr uint32_t lowest_radix = 2, highest_radix = 36;
+constexpr uint32_t lowest_radix = 2;
+constexpr uint32_t highest_radix = 36;
 constexpr int32_t longest_text = 65; // 64 digits in radix 2, and the terminator
 
-constexpr char usage[] = "Usage: radix [option]... number...\n"
-                         "\n"
-                         "  -f, --from=RADIX  read numbers in this radix, 2 to 36. Without it a\n"
-                         "                    number says for itself: 0x1f, 017 or 19\n"
-                         "  -t, --to=RADIX    write them in this radix, 10 if there is none\n"
-                         "  -u, --unsigned    64 bits have no sign: never write a minus\n"
-                         "  -c, --capitals    write capital letters\n"
-                         "  -h, --help        say this\n"
-                         "  --                numbers follow, though they begin with a minus\n"
-                         "\n"
-                         "Without -u, radix 10 shows the upper half of all values as negative.\n";
+constexpr char usage[] =
+    "Usage: radix [option | number]...\n"
+    "Converts whole numbers, or the items of standard input if there are none.\n"
+    "\n"
+    "  -f, --from RADIX  the radix of the numbers, 2 to 36; 10 if not given\n"
+    "  -t, --to RADIX    the radix to write, 2 to 36; 10 if not given\n"
+    "  -u, --unsigned    numbers have no sign, in radix 10 neither\n"
+    "  -v, --verbose     write each number beside its result\n"
+    "  -h, --help        write this\n"
+    "  --                the options end here; a negative number goes behind it\n"
+    "\n"
+    "Without -u radix 10 is signed, and in any other radix a negative result shows\n"
+    "as its 64 bits: -1 is ffffffffffffffff in radix 16, and the other way round.\n";
 
-// The options in the order of the table, and their letters in the same order.
-enum { from_option, to_option, unsigned_option, capitals_option, help_option, option_count };
-constexpr const char *option_table[option_count] = {"= from", "= to", "unsigned", "capitals",
-                                                    "help"};
-constexpr char option_letters[] = "ftuch";
+// The options: places in the table, and in the row of short forms.
+enum { option_from, option_help, option_to, option_unsigned, option_verbose, option_count };
+constexpr const char *long_options[option_count] = {"= from", "help", "= to", "unsigned",
+                                                    "verbose"};
+constexpr char short_options[] = "fhtuv";
 
+// What the command line asks for.
 struct request {
-    uint32_t from = 0; // the number says for itself
-    uint32_t to = 10;
-    uint32_t format = 0;
-    bool help = false;
-    std::vector<const char *> numbers;
+    uint32_t from;
+    uint32_t to;
+    bool no_sign;
+    bool verbose;
+    bool help;
+    char **numbers;
+    int count;
 };
 
-bool complain(const char *about, const char *what)
+enum number_fault { number_good, number_wrong, number_too_large };
+
+// Whether digits, all of them good, tell a number below 2 to the 64th. x_value() keeps the low 64
+// bits of a longer one, and these make another number when they are written.
+bool fits_64_bits(const char *digits, uint32_t radix)
 {
-    std::fprintf(stderr, "radix: %s %s\n", about, what);
-    return false;
+    char written[longest_text + 1] = {}; // a list of one string, for strFind()
+    x_string(x_value(digits, radix), written, longest_text, radix | X_UNSIGNED);
+    const char *const significant = digits + strspn(digits, "0");
+    return *significant == '\0' || strFind(written, significant, STR_NO_CASE) == 0;
 }
 
-// The digits of a number: what stands behind its sign and prefix. A radix of 0 becomes the one that
-// the prefix tells.
-const char *find_digits(const char *text, uint32_t &radix)
+// The largest magnitude that a number may have.
+x_int magnitude_limit(uint32_t radix, bool no_sign, bool negative)
 {
-    text += *text == '-' || *text == '+';
-    if (radix != 0)
-        return text;
-    const bool prefixed = text[0] == '0' && text[1] != '\0';
-    const bool hexadecimal = prefixed && (text[1] == 'x' || text[1] == 'X');
-    radix = hexadecimal ? 16 : prefixed ? 8 : 10;
-    return text + (hexadecimal ? 2 : prefixed ? 1 : 0);
+    const x_int sign_bit = x_const(0x80000000, 0);
+    if (negative)
+        return no_sign ? x_short(0) : sign_bit;
+    return radix == 10 && !no_sign ? x_sub1(sign_bit) : x_not(x_short(0));
 }
 
-// Reads a number; false with a message when it is none, or does not fit 64 bits.
-bool read_number(const char *text, uint32_t radix, x_int &value)
+// Reads a text that shall be a number from its first character to its last.
+number_fault read_number(const char *text, uint32_t radix, bool no_sign, x_int &value)
 {
-    value = x_value(text, radix);
-    const char *const digits = find_digits(text, radix);
-    char small[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-    char capital[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    small[radix] = capital[radix] = '\0';
-    const std::string known = std::string(small) + capital;
-    const auto length = static_cast<int32_t>(std::strlen(digits));
-    if (length == 0 || strCountToken(digits, known.c_str()) != length) {
-        std::fprintf(stderr, "radix: %s: no number in radix %u\n", text,
-                     static_cast<unsigned>(radix));
-        return false;
-    }
+    // The digits of a radix are the first characters of this row.
+    constexpr char digit_row[] = "0123456789aAbBcCdDeEfFgGhHiIjJkKlLmMnNoOpPqQrRsStTuUvVwWxXyYzZ";
+    char known[sizeof digit_row] = {};
+    memcpy(known, digit_row, radix <= 10 ? radix : 10 + 2 * (radix - 10));
 
-    // Digits that got lost do not come back when the value is written again.
     const bool negative = *text == '-';
-    const x_int magnitude = negative ? x_sign(value) : value;
-    char written[longest_text];
-    x_string(magnitude, written, sizeof written, radix | X_UNSIGNED);
-    std::string given = digits;
-    strReplaceToken(given.data(), capital, small, 0);
-    given.erase(0, std::min(given.find_first_not_of('0'), given.size() - 1));
-    const x_int lowest = x_const(0x80000000, 0);
-    if (given != written || (negative && x_ugt(magnitude, lowest)))
-        return complain(text, "does not fit 64 bits");
+    const char *const digits = text + (negative || *text == '+');
+    const int32_t last = strTokenIndex(digits, known, STR_COMPLEMENT);
+    if (last < 0 || digits[last + 1] != '\0')
+        return number_wrong;
+    const x_int magnitude = x_value(digits, radix);
+    if (!fits_64_bits(digits, radix) || x_ugt(magnitude, magnitude_limit(radix, no_sign, negative)))
+        return number_too_large;
+    value = negative ? x_sign(magnitude) : magnitude;
+    return number_good;
+}
+
+bool convert(const request &wanted, const char *text)
+{
+    x_int value;
+    switch (read_number(text, wanted.from, wanted.no_sign, value)) {
+    case number_wrong:
+        fprintf(stderr, "radix: %s: not a number in radix %u\n", text,
+                static_cast<unsigned>(wanted.from));
+        return false;
+    case number_too_large:
+        fprintf(stderr, "radix: %s: does not fit 64 bits %s a sign\n", text,
+                wanted.no_sign ? "without" : "with");
+        return false;
+    case number_good:
+        break;
+    }
+    char result[longest_text];
+    x_string(value, result, sizeof result, wanted.to | (wanted.no_sign ? X_UNSIGNED : 0));
+    if (wanted.verbose)
+        printf("%s = ", text);
+    printf("%s\n", result);
     return true;
 }
 
-bool read_radix(str_option &option, const char *name, uint32_t &radix)
+bool convert_input(const request &wanted)
 {
-    const char *const text = stroptGetString(&option);
-    option.flags &= ~uint32_t{STROPT_IN_CLUSTER}; // the rest of a cluster was the value
-    if (!text)
-        return complain(name, "needs a radix behind it");
-    x_int value;
-    if (!read_number(text, 10, value))
+    constexpr int32_t buffer_size = 64 << 10;
+    io_stream stream = {};
+    stream.read = fileRead;
+    stream.seek = fileSeek;
+    stream.handle = 0; // standard input
+    if (!ioAllocBuffer(&stream, buffer_size)) {
+        fprintf(stderr, "radix: out of memory\n");
         return false;
-    if (x_lt(value, x_short(lowest_radix)) || x_gt(value, x_short(highest_radix)))
-        return complain(text, "is no radix from 2 to 36");
+    }
+    const io_source source = {&stream, ioLockBuffer, ioUnlockBuffer};
+    io_text text = {};
+    text.line = 1;
+    bool good = true;
+    int32_t result;
+    do {
+        char item[4096];
+        const int32_t line = text.line;
+        result = iotextRead(&source, nullptr, item, sizeof item, 0, &text);
+        if (result < 0) {
+            fprintf(stderr, "radix: standard input, line %d: %s\n", static_cast<int>(line),
+                    result == IOTEXT_TOO_LONG ? "item too long" : "cannot be read");
+            good = false;
+        } else if (text.count > 0 && !convert(wanted, item)) {
+            good = false;
+        }
+    } while (result > 0);
+    ioFreeBuffer(&stream);
+    return good;
+}
+
+bool read_radix(str_option &option, uint32_t &radix)
+{
+    const char *const name = option.current; // until a value takes its place
+    const char *const text = stroptGetString(&option);
+    // Behind a short form all the rest of the argument is the radix, in a cluster too.
+    option.flags &= ~uint32_t{STROPT_IN_CLUSTER};
+    if (!text) {
+        fprintf(stderr, "radix: %s: a radix must follow\n", name);
+        return false;
+    }
+    x_int value;
+    if (read_number(text, 10, true, value) != number_good || x_ult(value, x_short(lowest_radix)) ||
+        x_ugt(value, x_short(highest_radix))) {
+        fprintf(stderr, "radix: %s: not a radix from 2 to 36\n", text);
+        return false;
+    }
     radix = x_conv_x(value);
     return true;
 }
 
-bool apply_option(request &wanted, str_option &option, int32_t index)
+bool take_option(request &wanted, str_option &option, int32_t index)
 {
     switch (index) {
-    case from_option:
-        return read_radix(option, "--from", wanted.from);
-    case to_option:
-        return read_radix(option, "--to", wanted.to);
-    case unsigned_option:
-        wanted.format |= X_UNSIGNED;
+    case option_from:
+        return read_radix(option, wanted.from);
+    case option_to:
+        return read_radix(option, wanted.to);
+    case option_unsigned:
+        wanted.no_sign = true;
         return true;
-    case capitals_option:
-        wanted.format |= X_CAPITALS;
+    case option_verbose:
+        wanted.verbose = true;
         return true;
     default:
         wanted.help = true;
@@ -123,43 +179,51 @@ bool apply_option(request &wanted, str_option &option, int32_t index)
     }
 }
 
-bool apply_letter(request &wanted, str_option &option, int32_t letter)
+bool take_letter(request &wanted, str_option &option, int32_t letter)
 {
-    const char *const found = letter > 0 ? std::strchr(option_letters, letter) : nullptr;
-    if (found)
-        return apply_option(wanted, option, static_cast<int32_t>(found - option_letters));
-    return complain(option.current, "has an unknown letter; a negative number goes behind --");
+    const char *const place = letter > 0 ? strchr(short_options, letter) : nullptr;
+    if (place)
+        return take_option(wanted, option, static_cast<int32_t>(place - short_options));
+    const bool digit = letter >= '0' && letter <= '9';
+    fprintf(stderr, "radix: %s: unknown option -%c%s\n", option.current, static_cast<char>(letter),
+            digit ? "; a negative number goes behind --" : "");
+    return false;
 }
 
 bool read_command_line(request &wanted, char **arguments)
 {
     str_option option = {};
     option.fetch = stroptArgv;
-    option.flags =
-        STROPT_DASH | STROPT_EQUALS | STROPT_DOUBLED | STROPT_CLUSTERS | STROPT_FOLLOWING;
+    option.flags = STROPT_DASH | STROPT_EQUALS | STROPT_DOUBLED | STROPT_CLUSTERS;
     option.cursor = arguments;
+    // The numbers gather at the start of the array, where the parser has been already.
+    wanted.numbers = arguments;
     for (;;) {
         const int32_t result =
-            stroptGetOption(&option, nullptr, nullptr, option_table, option_count);
+            stroptGetOption(&option, nullptr, nullptr, long_options, option_count);
         bool good = true;
         switch (result & STROPT_CLASS_MASK) {
         case STROPT_END:
             return true;
         case STROPT_BARE:
-            wanted.numbers.push_back(option.current);
+            wanted.numbers[wanted.count++] = option.current;
             break;
         case STROPT_ENTRY:
-            good = apply_option(wanted, option, result & STROPT_DETAIL_MASK);
+            good = take_option(wanted, option, result & STROPT_DETAIL_MASK);
             break;
         case STROPT_ERROR:
-            if (std::strcmp(option.current, "--") != 0)
-                return complain(option.current, "is no option, or one without a value");
+            if (!option.value || *option.value != '\0') {
+                fprintf(stderr, "radix: %s: unknown option, or one that takes no value\n",
+                        option.current);
+                return false;
+            }
+            // Two prefixes and no name: all further arguments are numbers.
             option.value = nullptr;
-            while (const char *const number = stroptGetString(&option))
-                wanted.numbers.push_back(number);
+            while (char *const number = stroptGetString(&option))
+                wanted.numbers[wanted.count++] = number;
             return true;
         default:
-            good = apply_letter(wanted, option, result);
+            good = take_letter(wanted, option, result);
             break;
         }
         if (!good)
@@ -170,27 +234,21 @@ bool read_command_line(request &wanted, char **arguments)
 
 int main(int, char **argv)
 {
-    request wanted;
+    request wanted = {};
+    wanted.from = 10;
+    wanted.to = 10;
     if (!read_command_line(wanted, argv))
         return exit_failed;
-    if (wanted.help) {
-        std::fputs(usage, stdout);
-        return exit_ok;
+    bool good = true;
+    if (wanted.help)
+        fputs(usage, stdout);
+    else if (wanted.count == 0)
+        good = convert_input(wanted);
+    for (int i = 0; i < wanted.count && !wanted.help; i++)
+        good = convert(wanted, wanted.numbers[i]) && good;
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+        fprintf(stderr, "radix: the output cannot be written\n");
+        good = false;
     }
-    if (wanted.numbers.empty()) {
-        std::fputs(usage, stderr);
-        return exit_failed;
-    }
-    int outcome = exit_ok;
-    for (const char *const number : wanted.numbers) {
-        x_int value;
-        if (!read_number(number, wanted.from, value)) {
-            outcome = exit_failed;
-            continue;
-        }
-        char text[longest_text];
-        x_string(value, text, sizeof text, wanted.to | wanted.format);
-        std::puts(text);
-    }
-    return outcome;
+    return good ? exit_ok : exit_failed;
 }
