@@ -9,6 +9,7 @@
 #include "tessel/base.h"
 #include "tessel/bintree.h"
 #include "tessel/file.h"
+#include "tessel/integer.h"
 #include "tessel/io.h"
 #include "tessel/iotext.h"
 #include "tessel/list.h"

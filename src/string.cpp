@@ -292,3 +292,427 @@ char *strReplaceToken(char *text, const char *set, const char *replacements, int
     }
     return text;
 }
+
+// The text of printed numbers
+
+// The end of a mantissa without the zeros behind its last significant digit.
+static char *reduced_end(char *mantissa, char *end, uint32_t style)
+{
+    char *behind_point = end;
+    while (behind_point - mantissa > 1 && behind_point[-1] != '.')
+        behind_point--;
+    // A point in the first place is not looked at.
+    if (behind_point - mantissa <= 1)
+        return end;
+    char *cut = end;
+    while (cut[-1] == '0')
+        cut--;
+    if (cut > behind_point)
+        return cut;
+    if (style == STR_POINT_DROP)
+        return behind_point - 1;
+    const bool has_zero = behind_point < end;
+    return style == STR_POINT_KEEP || !has_zero ? behind_point : behind_point + 1;
+}
+
+static bool is_negative_zero(const char *mantissa, size_t length)
+{
+    static constexpr char longest[] = "-0.0";
+    return length >= strlen("-0") && length < sizeof longest &&
+           memcmp(mantissa, longest, length) == 0;
+}
+
+// The length of an exponent reduced in place, from the letter on; 0 if all of it goes.
+static size_t reduce_exponent(char *letter, uint32_t style)
+{
+    char *const text = letter + 1;
+    const size_t length = strlen(text);
+    if (style >= STR_EXPONENT_KEEP)
+        return 1 + length;
+    const size_t run = strspn(text, "+-0");
+    if (run == length) {
+        if (style == STR_EXPONENT_DROP || length == 0)
+            return 0;
+        text[0] = text[length - 1];
+        return 2;
+    }
+    const bool negative = memchr(text, '-', run) != nullptr;
+    if (negative)
+        text[0] = '-';
+    memmove(text + negative, text + run, length - run);
+    return 1 + negative + (length - run);
+}
+
+char *strReduceZero(char *text, uint32_t format)
+{
+    char *const behind_letter = strBackwardToken(text, 0, "eE", STR_KEEP);
+    char *const mantissa_end = behind_letter ? behind_letter - 1 : text + strlen(text);
+    char *start = text;
+    char *end = reduced_end(start, mantissa_end, format & STR_POINT_MASK);
+    if (is_negative_zero(start, static_cast<size_t>(end - start)))
+        start++;
+    const size_t length = static_cast<size_t>(end - start);
+    memmove(text, start, length);
+    end = text + length;
+    if (behind_letter) {
+        const size_t exponent = reduce_exponent(mantissa_end, format & STR_EXPONENT_MASK);
+        memmove(end, mantissa_end, exponent);
+        end += exponent;
+    }
+    *end = '\0';
+    return text;
+}
+
+// Option parsing
+
+static_assert(offsetof(str_option, flags) == word && offsetof(str_option, cursor) == 2 * word &&
+              offsetof(str_option, value) == 3 * word &&
+              offsetof(str_option, pushback) == 4 * word &&
+              offsetof(str_option, current) == 5 * word && sizeof(str_option) == 6 * word);
+
+char *stroptArgv(str_option *option)
+{
+    char **place = static_cast<char **>(option->cursor);
+    if (*place)
+        place++;
+    option->cursor = place;
+    return *place;
+}
+
+char *stroptTable(str_option *option)
+{
+    char **const place = static_cast<char **>(option->cursor);
+    if (*place)
+        option->cursor = place + 1;
+    return *place;
+}
+
+// The next argument: one that was fetched too early, or one of the caller's.
+static char *str_option_getarg(str_option *option)
+{
+    char *const argument = option->pushback;
+    if (!argument)
+        return option->fetch(option);
+    if (argument == STROPT_EXHAUSTED)
+        return nullptr;
+    option->pushback = nullptr;
+    return argument;
+}
+
+char *stroptGetString(str_option *option)
+{
+    if (option->value)
+        return option->value;
+    option->current = str_option_getarg(option);
+    return option->current;
+}
+
+// A character as results and orders have it.
+static int32_t character_code(char character)
+{
+    const auto code = static_cast<signed char>(character);
+    return code; // NOLINT(bugprone-signed-char-misuse,cert-str34-c)
+}
+
+// Whether a character stands in the head of an entry, in front of the first space.
+static bool str_option_find_delimiter(const char *entry, char character)
+{
+    for (; *entry && *entry != ' '; entry++) {
+        if (*entry == character)
+            return true;
+    }
+    return false;
+}
+
+// Membership in a set as short as those of prefixes and delimiters are.
+static bool is_listed(const char *set, char character)
+{
+    for (; *set; set++) {
+        if (*set == character)
+            return true;
+    }
+    return false;
+}
+
+// What is looked up in the table. A match changes the record, and only the match that ends the
+// lookup does.
+struct str_option_search {
+    str_option *option;
+    const char *delimiters;
+    char *text;
+};
+
+// The name of an entry, which begins behind the first space if there is one. A linear search does
+// this for every entry that it passes; a loop in place of strchr makes it a fifth slower.
+static const char *entry_name(const char *entry)
+{
+    const char *const space = strchr(entry, ' ');
+    return space ? space + 1 : entry;
+}
+
+// Sets up the value of a match. `value` is the text behind the delimiter that ended the name, or
+// null where the text ended with the name.
+static void set_value(str_option *option, char *value)
+{
+    const bool following = (option->flags & STROPT_FOLLOWING) != 0;
+    const bool missing = !value || !*value;
+    if (missing && following)
+        option->flags |= STROPT_WANTS_VALUE;
+    // With more arguments to follow an empty text says that the delimiter has been seen.
+    option->value = missing && !following ? nullptr : value;
+}
+
+// Where the text and the name of an entry first differ, or both end.
+struct entry_difference {
+    char *text;
+    const char *name;
+};
+
+static entry_difference find_difference(char *text, const char *name)
+{
+    while (*text && *text == *name) {
+        text++;
+        name++;
+    }
+    return {text, name};
+}
+
+// Whether an entry is the one that is looked up, with its value set up if it is. Its name must end
+// where the text ends or has a delimiter, one of its own head and of the set, if there is a set.
+static inline bool match_entry(const str_option_search &search, const char *entry,
+                               entry_difference &difference)
+{
+    const char *const name = entry_name(entry);
+    difference = find_difference(search.text, name);
+    if (*difference.name)
+        return false;
+    char *const delimiter = difference.text;
+    const bool has_head = name != entry;
+    if (*delimiter) {
+        const bool accepted = has_head && str_option_find_delimiter(entry, *delimiter) &&
+                              (!search.delimiters || is_listed(search.delimiters, *delimiter));
+        if (!accepted)
+            return false;
+    }
+    if (has_head)
+        set_value(search.option, *delimiter ? delimiter + 1 : nullptr);
+    return true;
+}
+
+// The place of an entry relative to the text: 1 behind it, -1 before it, 0 a match. A delimiter in
+// the text counts as its end, so that "name=value" stands where "name" does; an entry of that name
+// that does not accept the delimiter lies before it.
+static int32_t str_option_compare(const void *entryRef, const void *key)
+{
+    const str_option_search *const search = static_cast<const str_option_search *>(key);
+    entry_difference difference;
+    if (match_entry(*search, load<const char *>(entryRef), difference))
+        return 0;
+    const int32_t in_text = character_code(*difference.text);
+    const int32_t in_name = character_code(*difference.name);
+    if (!in_text)
+        return 1;
+    if (search->delimiters && is_listed(search->delimiters, *difference.text))
+        return in_name ? 1 : -1;
+    return in_text > in_name ? -1 : 1;
+}
+
+// One call of the parser, which passes through the steps below.
+struct option_parse {
+    str_option *option;
+    const char *prefixes;
+    const char *delimiters;
+    const char *const *table;
+    uint32_t count;
+    uint32_t flags; // as they were at the start of the call
+    char *text;     // what is left of the argument
+    int32_t result;
+};
+
+enum option_step {
+    step_prefix,
+    step_no_prefix,
+    step_lookup,
+    step_short,
+    step_finish,
+    step_end // the arguments have run out, nothing is left to do
+};
+
+static option_step begin(option_parse &parse)
+{
+    str_option *const option = parse.option;
+    if (parse.flags & STROPT_DASH)
+        parse.prefixes = "-";
+    if (parse.flags & STROPT_EQUALS)
+        parse.delimiters = "=";
+    if (parse.flags & STROPT_IN_CLUSTER) {
+        parse.text = option->value;
+        if (parse.text)
+            return step_short;
+        option->flags &= ~uint32_t{STROPT_IN_CLUSTER};
+    }
+    option->current = str_option_getarg(option);
+    parse.text = option->current;
+    if (!parse.text) {
+        parse.result = STROPT_END;
+        return step_end;
+    }
+    option->value = nullptr;
+    return parse.prefixes ? step_prefix : step_no_prefix;
+}
+
+static option_step take_value_character(option_parse &parse)
+{
+    parse.result = STROPT_VALUE | character_code(*parse.text);
+    parse.option->value = parse.text + 1;
+    return step_finish;
+}
+
+static option_step take_prefix(option_parse &parse)
+{
+    const char prefix = *parse.text++;
+    if (!parse.table)
+        return step_short;
+    if (!(parse.flags & STROPT_DOUBLED))
+        return step_lookup;
+    if (*parse.text != prefix)
+        return step_short;
+    parse.text++;
+    return step_lookup;
+}
+
+static option_step scan_prefixes(option_parse &parse)
+{
+    bool values = false;
+    for (const char *prefix = parse.prefixes; *prefix; prefix++) {
+        if (*prefix == ' ')
+            values = true;
+        else if (*prefix == *parse.text)
+            return values ? take_value_character(parse) : take_prefix(parse);
+    }
+    return step_no_prefix;
+}
+
+static option_step take_plain(option_parse &parse)
+{
+    if (!parse.prefixes) {
+        parse.flags &= ~uint32_t{STROPT_DOUBLED};
+        return step_lookup;
+    }
+    if (!(parse.flags & STROPT_PLAIN)) {
+        parse.result = STROPT_BARE;
+        return step_finish;
+    }
+    return parse.flags & STROPT_DOUBLED ? step_short : step_lookup;
+}
+
+// Gets the value of an entry just matched from the arguments behind it. Behind a delimiter the next
+// argument is the value. Behind the name alone, the next one decides: it may bring the delimiter.
+static void follow_up(str_option *option, const char *entry)
+{
+    if (!(option->flags & STROPT_WANTS_VALUE))
+        return;
+    option->flags &= ~uint32_t{STROPT_WANTS_VALUE};
+    if (!option->value) {
+        char *const next = str_option_getarg(option);
+        if (!next) {
+            option->pushback = STROPT_EXHAUSTED;
+            return;
+        }
+        if (!str_option_find_delimiter(entry, *next)) {
+            option->pushback = next;
+            return;
+        }
+        if (next[1]) {
+            option->value = next + 1;
+            return;
+        }
+    }
+    option->value = str_option_getarg(option);
+    if (!option->value)
+        option->pushback = STROPT_EXHAUSTED;
+}
+
+// Finds the entry that the text names. The linear search is a loop with the comparison inline,
+// since most entries are passed at their first character: with memLinSearch() it takes half as long
+// again.
+static const char *const *find_entry(const option_parse &parse)
+{
+    const str_option_search search = {parse.option, parse.delimiters, parse.text};
+    if (parse.flags & STROPT_SORTED && parse.delimiters)
+        return static_cast<const char *const *>(memBinSearch(
+            parse.table, parse.count, sizeof *parse.table, &search, str_option_compare, nullptr));
+    entry_difference difference;
+    for (uint32_t index = 0; index < parse.count; index++) {
+        if (match_entry(search, parse.table[index], difference))
+            return parse.table + index;
+    }
+    return nullptr;
+}
+
+static option_step look_up(option_parse &parse)
+{
+    const char *const *const entry = find_entry(parse);
+    if (entry) {
+        follow_up(parse.option, *entry);
+        parse.result = STROPT_ENTRY | static_cast<int32_t>(entry - parse.table);
+        return step_finish;
+    }
+    if (!(parse.flags & STROPT_DOUBLED))
+        return step_short;
+    parse.option->value = parse.text;
+    parse.result = STROPT_ERROR;
+    return step_finish;
+}
+
+static option_step take_short(option_parse &parse)
+{
+    str_option *const option = parse.option;
+    if (!*parse.text) {
+        parse.result = parse.flags & STROPT_LONE_OK ? STROPT_LONE : STROPT_ERROR;
+        return step_finish;
+    }
+    parse.result = character_code(*parse.text++);
+    option->value = *parse.text ? parse.text : nullptr;
+    if (option->value && parse.flags & STROPT_CLUSTERS)
+        option->flags |= STROPT_IN_CLUSTER;
+    else
+        option->flags &= ~uint32_t{STROPT_IN_CLUSTER};
+    return step_finish;
+}
+
+static option_step finish(option_parse &parse)
+{
+    if (parse.flags & STROPT_PLAIN_ONCE)
+        parse.option->flags &= ~uint32_t{STROPT_PLAIN | STROPT_PLAIN_ONCE};
+    return step_end;
+}
+
+int32_t stroptGetOption(str_option *option, const char *prefixes, const char *delimiters,
+                        const char *const *table, uint32_t count)
+{
+    option_parse parse = {option,        prefixes, delimiters, table, table ? count : 0,
+                          option->flags, nullptr,  0};
+    option_step step = begin(parse);
+    for (;;) {
+        switch (step) {
+        case step_prefix:
+            step = scan_prefixes(parse);
+            break;
+        case step_no_prefix:
+            step = take_plain(parse);
+            break;
+        case step_lookup:
+            step = look_up(parse);
+            break;
+        case step_short:
+            step = take_short(parse);
+            break;
+        case step_finish:
+            step = finish(parse);
+            break;
+        case step_end:
+            return parse.result;
+        }
+    }
+}

@@ -1,10 +1,21 @@
 /**
  * @file
- * Memory: heap blocks, and elements in the byte order of a stream.
+ * Memory: heap blocks, elements in the byte order of a stream, two-dimensional arrays, and searches
+ * in plain ones.
  *
  * A block is held as one pointer and is the same thing as a block of the C library's allocator.
  * An exhausted heap shows as a null result and as nothing else. No procedure here keeps state, so
  * all of them may run in any number of threads, on different data.
+ *
+ * A two-dimensional array is reached through its row table, an array of row pointers, and its rows
+ * need not have the same size. In one block the table stands first and the rows follow it without a
+ * gap, aligned as the sizes in front of them leave them; separate rows are blocks of their own.
+ * Every procedure over such an array is given the sizes of the rows anew, in the same four
+ * arguments: `unit`, the base size in bytes; `first` and `second`, two lists of row dimensions, 0
+ * or more, either or both of them null; and `flags`, MEM_STEP_FIRST and MEM_STEP_SECOND joined with
+ * the width of the numbers in both lists. A row takes `unit` times its number in each list that is
+ * not null. For rows of 1, 2 and 3 doubles: 8, an array of the 16-bit numbers 1, 2 and 3, null, and
+ * 2 | MEM_STEP_FIRST.
  */
 #ifndef TESSEL_MEM_H
 #define TESSEL_MEM_H
@@ -180,6 +191,158 @@ TESSEL_API void memReduceInt(void *address, uint32_t width);
  * @return the integer
  */
 TESSEL_API uint32_t memRestoreInt(const void *address, uint32_t width);
+
+/** How the size lists of a two-dimensional array are read. Other bits are ignored. */
+enum {
+    MEM_WIDTH_MASK = 0xff,   /**< bytes of a number: 1 and 2 are signed, 4 is 32 bits; with any
+                                  other width the numbers are of 2 bytes and that far apart */
+    MEM_STEP_FIRST = 0x4000, /**< each row has its own number in `first`; otherwise all share one */
+    MEM_STEP_SECOND = 0x8000 /**< the same for `second` */
+};
+
+/**
+ * The bytes that an array takes in one block: the row table and all rows. The sum wraps at 32 bits;
+ * memAlloc2D() is the one that notices.
+ */
+TESSEL_API uint32_t memSize2D(uint32_t rows, uint32_t unit, const void *first, const void *second,
+                              uint32_t flags);
+
+/**
+ * Fills in a row table and leaves the rows alone.
+ *
+ * @param table  room for `rows` pointers
+ * @param data   where the first row begins, or null: directly behind the table
+ * @param rows   number of rows
+ * @param unit, first, second, flags  the sizes of the rows
+ */
+TESSEL_API void memInit2D(void *table, void *data, uint32_t rows, uint32_t unit, const void *first,
+                          const void *second, uint32_t flags);
+
+/**
+ * Allocates an array in one block, with its row table filled in and its rows undefined.
+ *
+ * @param rows  number of rows; 0 gives what memAlloc(0) gives
+ * @param unit, first, second, flags  the sizes of the rows
+ * @return the row table, to be released with one memFree(), or null when memory ran out or the
+ *         block would take more than 32 bits can tell
+ */
+TESSEL_API void *memAlloc2D(uint32_t rows, uint32_t unit, const void *first, const void *second,
+                            uint32_t flags);
+
+/**
+ * Copies each row of an array to the same row of another, whatever kinds of array they are. The
+ * rows must not overlap.
+ *
+ * @param target  row table of the array that is written
+ * @param source  row table of the array that is read
+ * @param rows    number of rows
+ * @param unit, first, second, flags  the sizes of the rows, of both arrays
+ */
+TESSEL_API void memCopy2D(void *target, const void *source, uint32_t rows, uint32_t unit,
+                          const void *first, const void *second, uint32_t flags);
+
+/**
+ * Fills each row of an array.
+ *
+ * @param table  row table
+ * @param byte   its low 8 bits are stored in every byte
+ * @param rows   number of rows
+ * @param unit, first, second, flags  the sizes of the rows
+ */
+TESSEL_API void memSet2D(void *table, int32_t byte, uint32_t rows, uint32_t unit, const void *first,
+                         const void *second, uint32_t flags);
+
+/** memInit2D() for rows of `rowBytes` bytes each. */
+TESSEL_API void memInitRect(void *table, void *data, uint32_t rows, uint32_t rowBytes);
+
+/** memAlloc2D() for rows of `rowBytes` bytes each. */
+TESSEL_API void *memAllocRect(uint32_t rows, uint32_t rowBytes);
+
+/**
+ * Allocates an array whose row table and rows are blocks of their own; the rows are undefined.
+ *
+ * @param rows  number of rows; 0 allocates the table alone
+ * @param unit, first, second, flags  the sizes of the rows
+ * @return the row table, to be released with memFree2DExt(), or null when memory ran out, a row or
+ *         the table would take more than 32 bits can tell, or `rows` is negative; no block then
+ *         remains. A row of no bytes fails where memAlloc(0) gives null
+ */
+TESSEL_API void *memAlloc2DExt(int32_t rows, uint32_t unit, const void *first, const void *second,
+                               uint32_t flags);
+
+/**
+ * Releases an array of separate rows.
+ *
+ * @param table  row table from memAlloc2DExt(), or null, which does nothing
+ * @param rows   number of rows, as it was allocated
+ */
+TESSEL_API void memFree2DExt(void *table, int32_t rows);
+
+/**
+ * Compares for the searches and counts below, which say for themselves which of the two arguments
+ * is the key and which the element's address. The key is passed through unread: a number in the
+ * guise of an address will do.
+ *
+ * @return 0 for a match
+ */
+typedef int32_t (*mem_compare_proc)(const void *first, const void *second);
+
+/**
+ * Finds the first matching element of an array in any order.
+ *
+ * @param base     the array
+ * @param count    number of elements
+ * @param size     bytes of one element
+ * @param key      goes to `compare`
+ * @param compare  called with the key and an element's address; anything but 0 is no match
+ * @param index    where the index of the element goes, or null; left alone if none is found
+ * @return the element's address, or null
+ */
+TESSEL_API void *memLinSearch(const void *base, uint32_t count, uint32_t size, const void *key,
+                              mem_compare_proc compare, uint32_t *index);
+
+/**
+ * Finds a matching element of an array in ascending order, by halving. Among several of them it
+ * finds the one that the halving meets first. In an array without order it may miss a match, but
+ * ends as soon.
+ *
+ * @param base     the array
+ * @param count    number of elements
+ * @param size     bytes of one element
+ * @param key      goes to `compare`
+ * @param compare  called with an element's address and the key; a result below 0 says that the
+ *                 element lies before the key, above 0 that it lies after it
+ * @param index    where the index of the element goes, or null; left alone if none is found
+ * @return the element's address, or null
+ */
+TESSEL_API void *memBinSearch(const void *base, uint32_t count, uint32_t size, const void *key,
+                              mem_compare_proc compare, uint32_t *index);
+
+/**
+ * Counts the elements of an integer array that equal a number.
+ *
+ * @param base    the array, at any alignment
+ * @param count   number of elements
+ * @param width   bytes of one element: 1, 2 or 4; read as memRestoreInt() reads them, so that 1 and
+ *                2 are zero-extended and never equal a negative number
+ * @param number  compared as a whole 32-bit word
+ * @return how many
+ */
+TESSEL_API uint32_t memCountIdentity(const void *base, uint32_t count, uint32_t width,
+                                     uint32_t number);
+
+/**
+ * Counts the elements that match.
+ *
+ * @param key      goes to `compare`
+ * @param base     the array
+ * @param count    number of elements
+ * @param size     bytes of one element
+ * @param compare  called with the key and an element's address; anything but 0 is no match
+ * @return how many
+ */
+TESSEL_API uint32_t memCountIdentityExt(const void *key, const void *base, uint32_t count,
+                                        uint32_t size, mem_compare_proc compare);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,7 @@
 /**
  * @file
- * Strings: building, finding and cutting them.
+ * Strings: building, finding and cutting them; the text of printed numbers; and the options of a
+ * command line.
  *
  * Lengths are counted in bytes without the terminator, capacities with it.
  *
@@ -167,6 +168,166 @@ TESSEL_API int32_t strCountToken(const char *text, const char *set);
  */
 TESSEL_API char *strReplaceToken(char *text, const char *set, const char *replacements,
                                  int32_t count);
+
+/* The text of printed numbers */
+
+/** What strReduceZero() leaves: one mantissa style joined with one exponent style. */
+enum {
+    STR_POINT_DROP = 0,        /**< nothing behind the point takes the point along: 1.000, 1 */
+    STR_POINT_KEEP = 1,        /**< the point stays alone: 1.000, 1. */
+    STR_POINT_ZERO = 2,        /**< one zero stays behind the point: 1.000, 1.0; so do 3 to 255 */
+    STR_POINT_MASK = 0xff,     /**< the field of the mantissa style */
+    STR_EXPONENT_DROP = 0,     /**< an exponent of zero goes: 1.5e+000, 1.5 */
+    STR_EXPONENT_ZERO = 0x100, /**< an exponent of zero stays as one character: 1.5e0 */
+    STR_EXPONENT_KEEP = 0x200, /**< the exponent stays as it is, as for all higher values */
+    STR_EXPONENT_MASK = 0xff00 /**< the field of the exponent style */
+};
+
+/**
+ * Tidies a printed floating-point number in place: the zeros behind its last significant digit go,
+ * as do the minus sign of a negative zero and the plus sign and leading zeros of the exponent. So
+ * 1.500e+005 becomes 1.5e5. No value is computed: a text that is no number is treated alike, and
+ * its last e or E splits it.
+ *
+ * @param text    the number. Its zeros stay where no point precedes them, or where the point is the
+ *                first character
+ * @param format  the styles; other bits are ignored. An exponent of no characters counts as zero
+ *                and goes with its letter, except under STR_EXPONENT_KEEP
+ * @return `text`, which is never longer than it was
+ */
+TESSEL_API char *strReduceZero(char *text, uint32_t format);
+
+/* Option parsing */
+
+typedef struct str_option str_option;
+
+/**
+ * Flags of an option parser. The caller sets all but the last two; other bits are ignored and left
+ * alone.
+ */
+enum {
+    STROPT_CLUSTERS = 0x10,   /**< more short options may stand behind a short option, instead of
+                                   its value */
+    STROPT_PLAIN = 0x20,      /**< an argument without a prefix is parsed as an option too */
+    STROPT_PLAIN_ONCE = 0x40, /**< at the end of the next call clear this flag and STROPT_PLAIN:
+                                   only the first argument needs no prefix */
+    STROPT_DASH = 0x80,       /**< take "-" for the prefixes, whatever the call says */
+    STROPT_EQUALS = 0x100,    /**< take "=" for the delimiters, whatever the call says */
+    STROPT_DOUBLED = 0x200,   /**< long options need a doubled prefix; behind a single one there
+                                   are short options alone */
+    STROPT_LONE_OK = 0x400,   /**< a prefix with nothing behind it is STROPT_LONE, not an error */
+    STROPT_FOLLOWING = 0x800, /**< a long option's value may stand in the arguments behind it */
+    STROPT_SORTED = 0x1000,   /**< the table's names ascend, bytes compared as signed numbers:
+                                   search it by halving, if there are delimiters */
+    STROPT_WANTS_VALUE = 0x2000, /**< the parser's own, and clear between calls */
+    STROPT_IN_CLUSTER = 0x8000   /**< the parser's own: `value` holds the rest of a cluster, and the
+                                      next call goes on there */
+};
+
+/**
+ * Results of stroptGetOption(): a class in the top bits, its detail below. Any other result is the
+ * character of a short option, as a signed 8-bit number: a character of 0x80 or above is negative,
+ * as a short option and as a STROPT_VALUE.
+ */
+enum {
+    STROPT_LONE = 0,           /**< a lone prefix, with STROPT_LONE_OK; `value` is null */
+    STROPT_ENTRY = 0x10000000, /**< with the index of a table entry; `value` is its value, or
+                                    null */
+    STROPT_BARE = 0x20000000,  /**< an argument that is no option, in `current`; `value` is
+                                    null */
+    STROPT_VALUE = 0x30000000, /**< with a value character; `value` is the rest of the argument,
+                                    which may be empty */
+    STROPT_END = 0x40000000,   /**< no argument is left; `value` is as it was */
+    STROPT_ERROR = 0x50000000, /**< an unknown long name, which `value` holds as it was given,
+                                    or a lone prefix, with a null `value` */
+    STROPT_CLASS_MASK = 0x70000000, /**< leaves the class, 0 for a short option of 7 bits and none
+                                        of the classes above for one of 8 */
+    STROPT_DETAIL_MASK = 0x0fffffff /**< leaves the index or the character */
+};
+
+/** In `pushback`: the arguments have run out, and `fetch` is not to be called again. */
+#define STROPT_EXHAUSTED ((char *)UINTPTR_MAX)
+
+/**
+ * Gets a parser's next argument: stroptArgv(), stroptTable(), or one that promises the same.
+ *
+ * @param option  the record; its `cursor` is for this procedure
+ * @return the argument, which the parser neither copies nor changes, or null when none is left
+ */
+typedef char *(*stropt_fetch_proc)(str_option *option);
+
+/**
+ * An option parser. The caller sets `fetch`, `flags` and `cursor`, clears `value` and `pushback`,
+ * and calls stroptGetOption() until it gives STROPT_END. Between calls the record is in one of
+ * three states: in a cluster (STROPT_IN_CLUSTER is set), exhausted (`pushback` is
+ * STROPT_EXHAUSTED), or else between arguments. `value` and `current` point into the arguments.
+ */
+struct str_option {
+    stropt_fetch_proc fetch; /**< caller: gets the next argument */
+    uint32_t flags;          /**< both: STROPT_CLUSTERS and so on */
+    void *cursor;            /**< `fetch`: its place in the arguments */
+    char *value;             /**< library: the text that belongs to the last result, or null; one
+                                  that is not asked for is dropped by the next call. A caller that
+                                  nulls it clears STROPT_IN_CLUSTER too */
+    char *pushback; /**< library: an argument fetched too early, to be given out next; null;
+                         or STROPT_EXHAUSTED, which a caller may set as well */
+    char *current;  /**< library: the last argument fetched as an option, a bare argument or
+                         by stroptGetString(); the parser does not read it */
+};
+
+/**
+ * Parses the next option, consuming as many arguments as it takes.
+ *
+ * An argument that begins with a prefix is an option. It is looked up in the table as a long option
+ * first, unless STROPT_DOUBLED asks for a second prefix of the same kind in front of a long name. A
+ * name that is not in the table is an error with STROPT_DOUBLED; without it, the argument is taken
+ * for a short option, as is everything behind a single prefix where there is no table. What stands
+ * behind a short option is its value or, with STROPT_CLUSTERS, more short options.
+ *
+ * A table entry is a name alone, for an option that takes no attached value, or a list of
+ * characters, one space and a name: each of those characters may part the name from its value if it
+ * is a delimiter as well. "= name" accepts name and name=value. Names are compared by exact bytes
+ * and never abbreviated.
+ *
+ * With STROPT_FOLLOWING such an entry also takes its value from the arguments that follow: behind
+ * name= the next one, whatever it looks like; behind name the text behind a character of the list
+ * in the next one, or, if there is no such text, the one after. An argument that begins with none
+ * of the list is kept for the next call, so that stroptGetString() would give it as the value.
+ *
+ * @param option      the parser
+ * @param prefixes    characters that open an option. Behind a space: value characters, which give
+ *                    the rest of the argument as STROPT_VALUE. Null: every argument is parsed as
+ *                    with STROPT_PLAIN and without STROPT_DOUBLED
+ * @param delimiters  characters that may end a long name. An empty set allows none; null allows
+ *                    all that an entry lists
+ * @param table       the entries, or null
+ * @param count       number of entries; 0 for a null table
+ * @return a class or a character
+ */
+TESSEL_API int32_t stroptGetOption(str_option *option, const char *prefixes, const char *delimiters,
+                                   const char *const *table, uint32_t count);
+
+/**
+ * Gives the value of the option just parsed, wherever it stands: `value` if there is one, which
+ * stays there, otherwise the next argument, whatever it looks like, which then is `current`. It
+ * does not end a cluster: for an option whose value is the rest of a cluster the caller clears
+ * STROPT_IN_CLUSTER.
+ *
+ * @return the value, or null when no argument is left
+ */
+TESSEL_API char *stroptGetString(str_option *option);
+
+/**
+ * Fetches from an argument vector as main() gets it: `cursor`, set to the start of an array of
+ * strings with a null element at its end, moves on, then its string is given. So the first one, the
+ * program's name, is skipped.
+ *
+ * @return the argument, or null at the end, at every later call as well
+ */
+TESSEL_API char *stroptArgv(str_option *option);
+
+/** As stroptArgv(), but `cursor` moves on afterwards, so that the first string is given too. */
+TESSEL_API char *stroptTable(str_option *option);
 
 #ifdef __cplusplus
 }
