@@ -131,7 +131,7 @@ void check_change(bintree_node **root, bintree_node **book, item *items, int32_t
     std::vector<bintree_step> way;
     int32_t depth = -1, pivot = *root ? 0 : -1;
     bintree_node *there = nullptr;
-    for (bintree_node *node = *root; node && !there; node = node->child[way[depth].direction]) {
+    for (bintree_node *node = *root; node && !there; node = node->child[way.back().direction]) {
         there = key_of(node) == key ? node : nullptr;
         way.push_back({key_of(node) < key, node});
         depth++;
