@@ -6,7 +6,6 @@
 #include "element.h"
 
 #include <stddef.h>
-#include <string.h>
 
 static_assert(sizeof(x_int) == 8 && offsetof(x_int, low) == 0 && offsetof(x_int, high) == 4);
 
@@ -244,7 +243,7 @@ static constexpr power_table powers_of_ten = [] {
 
 static uint32_t count_decimal_digits(uint64_t value)
 {
-    // 1233 / 4096 is the logarithm of 2, near enough for 64 bits: one digit too low at the most.
+    // 1233 / 4096 is the decimal logarithm of 2, near enough for 64 bits: one digit too low at the most.
     const uint32_t digits = count_bits(value) * 1233 >> 12;
     return digits + ((value | 1) >= powers_of_ten.power[digits]);
 }

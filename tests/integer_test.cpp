@@ -81,12 +81,12 @@ TEST(Integer, TwoOperands)
         {"x_xor", x_xor, [](wide a, wide b, wide, wide) { return a ^ b; }},
         {"quotient", [](x_int a, x_int b) { return x_divide(a, b, 0); },
          [](wide a, wide b, wide, wide) { return b ? a / b : 0; }},
-        {"remainder", [](x_int a, x_int b) { return x_divide(a, b, X_REMAINDER); },
+        {"remainder", [](x_int a, x_int b) { return x_divide(a, b, X_REMAINDER | 0xc); },
          [](wide a, wide b, wide, wide) { return b ? a % b : a; }},
         {"unsigned quotient", [](x_int a, x_int b) { return x_divide(a, b, X_UNSIGNED); },
          [](wide, wide, wide c, wide d) { return d ? c / d : 0; }},
         {"unsigned remainder",
-         [](x_int a, x_int b) { return x_divide(a, b, X_UNSIGNED | X_REMAINDER); },
+         [](x_int a, x_int b) { return x_divide(a, b, X_UNSIGNED | X_REMAINDER | 0xffff0000); },
          [](wide, wide, wide c, wide d) { return d ? c % d : c; }},
     };
     struct {
@@ -154,7 +154,6 @@ TEST(Integer, TextInEveryRadix)
             const uint32_t format = static_cast<uint32_t>(radix) | 0x40000000;
             std::string expected(text, std::to_chars(text, text + 65, value, radix).ptr);
             check_text(value, format | X_UNSIGNED, expected);
-            const std::string small = expected;
             for (char &c : expected)
                 c = static_cast<char>(std::toupper(c));
             check_text(value, format | X_UNSIGNED | X_CAPITALS, expected);
@@ -166,7 +165,7 @@ TEST(Integer, TextInEveryRadix)
     }
 }
 
-// Groups of four digits go to text at once: all there are, in each of their places.
+// All groups of four digits, in both halves of the words of eight that go to text at once.
 TEST(Integer, DecimalGroups)
 {
     char text[21];
@@ -230,7 +229,7 @@ TEST(Integer, ValueOfText)
         uint32_t radix;
         std::vector<const char *> texts;
     } const without_digits[] = {
-        {0, {"", "-", "0", "0x", "0xg", "09", "00x1"}},
+        {0, {"", "-", "0x", "0xg", "09", "00x1"}},
         {1, {"1", "001"}},
         {10, {"", " \t\r\n", "+", "+-1", "- 4", "\v1", "a"}},
         {16, {"0x10", "@1", "`1", "g"}},

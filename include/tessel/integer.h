@@ -4,7 +4,7 @@
  *
  * An x_int is passed and returned by value, and so are all results: nothing here allocates, keeps
  * state or touches memory other than the text it is given, so all of it may run in any number of
- * threads.
+ * threads, on texts of their own.
  *
  * The type has no sign of its own. Negative values are in two's complement, and each procedure says
  * whether it takes its operands as signed. Where it says nothing the bits are the same either way.
@@ -34,8 +34,8 @@ enum {
 };
 
 /**
- * The format of a number text: the radix in the low byte, and these bits. All others are ignored.
- * The same word serves x_string() and x_value().
+ * The format of a number text: the radix in the low byte, X_UNSIGNED and X_CAPITALS. All other bits
+ * are ignored. For radixes from 2 to 36 one word serves x_string() and x_value().
  */
 enum {
     X_RADIX_MASK = 0xff, /**< the radix */
@@ -143,9 +143,12 @@ TESSEL_API int32_t x_ule(x_int a, x_int b);
  * @param dest    where to write
  * @param size    room at `dest` in characters, the terminator included; 65 serves every radix
  * @param format  a radix of 2 or more, X_UNSIGNED, X_CAPITALS. Beyond radix 36 the digit characters
- *                run on behind `z` or `Z` in the character set, and x_value() does not read them
+ *                run on behind `z` or `Z` in the character set, and x_value() does not read them. From
+ *                radix 170 on a digit may be a NUL, from 215 on a `-`, which as the last digit
+ *                comes first
  * @return the number of characters, the sign included and the terminator not; 0 for a text that
- *         does not fit: the `size` - 1 characters at `dest` are then spoiled and not terminated,
+ *         does not fit: the `size` - 1 characters at `dest` are then the sign and the last digits,
+ *         in reverse order and not terminated,
  *         and a `size` of 1 or less writes nothing. 0 also for a radix of 0 or 1, which with a
  *         `size` of 2 or more writes an empty text
  */
