@@ -148,9 +148,8 @@ TESSEL_API int32_t x_ule(x_int a, x_int b);
  *                comes first
  * @return the number of characters, the sign included and the terminator not; 0 for a text that
  *         does not fit: the `size` - 1 characters at `dest` are then the sign and the last digits,
- *         in reverse order and not terminated,
- *         and a `size` of 1 or less writes nothing. 0 also for a radix of 0 or 1, which with a
- *         `size` of 2 or more writes an empty text
+ *         in reverse order and not terminated, and a `size` of 1 or less writes nothing. 0 also for
+ *         a radix of 0 or 1, which with a `size` of 2 or more writes an empty text
  */
 TESSEL_API int32_t x_string(x_int value, char *dest, int32_t size, uint32_t format);
 
