@@ -501,7 +501,8 @@ static inline bool match_entry(const str_option_search &search, const char *entr
 
 // The place of an entry relative to the text: 1 behind it, -1 before it, 0 a match. A delimiter in
 // the text counts as its end, so that "name=value" stands where "name" does; an entry of that name
-// that does not accept the delimiter lies before it.
+// that does not accept the delimiter lies before it. There is a set of delimiters in every search by
+// halving.
 static int32_t str_option_compare(const void *entryRef, const void *key)
 {
     const str_option_search *const search = static_cast<const str_option_search *>(key);
@@ -512,7 +513,7 @@ static int32_t str_option_compare(const void *entryRef, const void *key)
     const int32_t in_name = character_code(*difference.name);
     if (!in_text)
         return 1;
-    if (search->delimiters && is_listed(search->delimiters, *difference.text))
+    if (is_listed(search->delimiters, *difference.text))
         return in_name ? 1 : -1;
     return in_text > in_name ? -1 : 1;
 }

@@ -70,7 +70,7 @@ TEST(Elements, Orders)
 TEST(Elements, Inversions)
 {
     for (uint32_t size = 0; size < 10; size++)
-        for (uint32_t count = 0; count < 5; count++) {
+        for (uint32_t count = 0; count < 20; count++) {
             const size_t end = size * count + 1;
             byte_vector before(end + 1), scratch(size + 1);
             std::generate(before.begin(), before.end(), [n = 200]() mutable { return n++; });

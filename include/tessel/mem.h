@@ -324,7 +324,8 @@ TESSEL_API void *memBinSearch(const void *base, uint32_t count, uint32_t size, c
  * @param base    the array, at any alignment
  * @param count   number of elements
  * @param width   bytes of one element: 1, 2 or 4; read as memRestoreInt() reads them, so that 1 and
- *                2 are zero-extended and never equal a negative number
+ *                2 are zero-extended and never equal a negative number. Any other width reads four
+ *                bytes at steps of `width`
  * @param number  compared as a whole 32-bit word
  * @return how many
  */

@@ -185,7 +185,7 @@ enum {
 
 /**
  * Tidies a printed floating-point number in place: the zeros behind its last significant digit go,
- * as do the minus sign of a negative zero and the plus sign and leading zeros of the exponent. So
+ * as do the minus sign of -0, -0. and -0.0 (but not that of -00) and the plus sign and leading zeros of the exponent. So
  * 1.500e+005 becomes 1.5e5. No value is computed: a text that is no number is treated alike, and
  * its last e or E splits it.
  *
@@ -208,14 +208,17 @@ typedef struct str_option str_option;
 enum {
     STROPT_CLUSTERS = 0x10,   /**< more short options may stand behind a short option, instead of
                                    its value */
-    STROPT_PLAIN = 0x20,      /**< an argument without a prefix is parsed as an option too */
-    STROPT_PLAIN_ONCE = 0x40, /**< at the end of the next call clear this flag and STROPT_PLAIN:
-                                   only the first argument needs no prefix */
+    STROPT_PLAIN = 0x20,      /**< an argument without a prefix is parsed as an option too; with
+                                   STROPT_DOUBLED as a short one */
+    STROPT_PLAIN_ONCE = 0x40, /**< at the end of the next call that does not give STROPT_END clear
+                                   this flag and STROPT_PLAIN: only the first argument needs no
+                                   prefix */
     STROPT_DASH = 0x80,       /**< take "-" for the prefixes, whatever the call says */
     STROPT_EQUALS = 0x100,    /**< take "=" for the delimiters, whatever the call says */
     STROPT_DOUBLED = 0x200,   /**< long options need a doubled prefix; behind a single one there
                                    are short options alone */
-    STROPT_LONE_OK = 0x400,   /**< a prefix with nothing behind it is STROPT_LONE, not an error */
+    STROPT_LONE_OK = 0x400,   /**< a prefix with nothing behind it, or an empty argument that is
+                                   parsed as an option, is STROPT_LONE, not an error */
     STROPT_FOLLOWING = 0x800, /**< a long option's value may stand in the arguments behind it */
     STROPT_SORTED = 0x1000,   /**< the table's names ascend, bytes compared as signed numbers:
                                    search it by halving, if there are delimiters */
@@ -230,7 +233,8 @@ enum {
  * as a short option and as a STROPT_VALUE.
  */
 enum {
-    STROPT_LONE = 0,           /**< a lone prefix, with STROPT_LONE_OK; `value` is null */
+    STROPT_LONE = 0,           /**< a lone prefix or an empty option, with STROPT_LONE_OK; `value`
+                                    is null */
     STROPT_ENTRY = 0x10000000, /**< with the index of a table entry; `value` is its value, or
                                     null */
     STROPT_BARE = 0x20000000,  /**< an argument that is no option, in `current`; `value` is
@@ -239,7 +243,7 @@ enum {
                                     which may be empty */
     STROPT_END = 0x40000000,   /**< no argument is left; `value` is as it was */
     STROPT_ERROR = 0x50000000, /**< an unknown long name, which `value` holds as it was given,
-                                    or a lone prefix, with a null `value` */
+                                    or a lone prefix or an empty option, with a null `value` */
     STROPT_CLASS_MASK = 0x70000000, /**< leaves the class, 0 for a short option of 7 bits and none
                                         of the classes above for one of 8 */
     STROPT_DETAIL_MASK = 0x0fffffff /**< leaves the index or the character */
@@ -252,7 +256,9 @@ enum {
  * Gets a parser's next argument: stroptArgv(), stroptTable(), or one that promises the same.
  *
  * @param option  the record; its `cursor` is for this procedure
- * @return the argument, which the parser neither copies nor changes, or null when none is left
+ * @return the argument, which the parser neither copies nor changes, or null when none is left. It
+ *         is called again after null if the caller goes on, unless that has set `pushback` to
+ *         STROPT_EXHAUSTED
  */
 typedef char *(*stropt_fetch_proc)(str_option *option);
 
@@ -300,8 +306,9 @@ struct str_option {
  *                    with STROPT_PLAIN and without STROPT_DOUBLED
  * @param delimiters  characters that may end a long name. An empty set allows none; null allows
  *                    all that an entry lists
- * @param table       the entries, or null
- * @param count       number of entries; 0 for a null table
+ * @param table       the entries, or null. Of entries of one name the first is found, and with
+ *                    STROPT_SORTED any of them
+ * @param count       number of entries, below 2 to the 28th; 0 for a null table
  * @return a class or a character
  */
 TESSEL_API int32_t stroptGetOption(str_option *option, const char *prefixes, const char *delimiters,
