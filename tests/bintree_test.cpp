@@ -408,7 +408,7 @@ TEST(Bintree, WalksEndAnywhere)
                              {2, 1, 3},
                              {1, 2, 3},
                              {3, 1, 2},
-                             {9, 8, 5, 6, 7},
+                             {9, 8, 5, 6, 7, 10},
                              {4, 2, 8, 1, 3, 6, 9, 5, 7, 10, 12, 11}};
     heap = {};
     for (const numbers &keys : trees) {
