@@ -306,7 +306,7 @@ TEST(Bintree, CreateAndAdd)
     bintree_node *root = make_tree({2}, 0x8010);
     EXPECT_EQ(reinterpret_cast<item *>(root)->text[7], static_cast<char>(heap_pattern));
     EXPECT_EQ(create(&root, 1, BINTREE_BALANCED | BINTREE_ZERO), BINTREE_DONE);
-    EXPECT_EQ(reinterpret_cast<item *>(root->child[0])->text[7], 0);
+    EXPECT_EQ(reinterpret_cast<item *>(root->child[0])->pointer, nullptr);
     EXPECT_EQ(create(&root, 2, BINTREE_BALANCED, 0), BINTREE_EXISTS);
     // No room for the head, and more than any block has.
     constexpr uintptr_t links = sizeof(bintree_plain_node);
