@@ -293,6 +293,83 @@ char *strReplaceToken(char *text, const char *set, const char *replacements, int
     return text;
 }
 
+// Paths
+
+static constexpr char str_dirsep_token[] = ":\\/";
+
+static bool is_slash(char c)
+{
+    return c == '/' || c == '\\';
+}
+
+char *strGetCompatiblePath(char *path)
+{
+    char *at = path;
+    if (path[0] == '/' && path[1] == '/' && path[2] && path[3]) {
+        path[0] = path[2];
+        path[1] = ':';
+        path[2] = '\\';
+        at = path + 3;
+        memmove(at, at + 1, strlen(at));
+    }
+    for (; *at; at++) {
+        if (*at == '/') {
+            *at = '\\';
+        } else if (*at == '\\' && (at[1] == ' ' || at[1] == '\\')) {
+            *at = at[1];
+            at++;
+        }
+    }
+    return path;
+}
+
+int32_t strAppendDirectorySeparator(char *path)
+{
+    const int32_t length = static_cast<int32_t>(strlen(path));
+    if (length == 0 || strchr(str_dirsep_token, path[length - 1]))
+        return length;
+    const char *const behind = strBackwardToken(path, length, "\\/", STR_KEEP);
+    path[length] = behind ? behind[-1] : '\\';
+    path[length + 1] = '\0';
+    return length + 1;
+}
+
+const char *strGetDirectorySeparator(void)
+{
+    return str_dirsep_token;
+}
+
+const char *strGetFileExtension(const char *path)
+{
+    return strBackwardToken(const_cast<char *>(path), 0, ".", STR_KEEP);
+}
+
+const char *strGetFileName(const char *path)
+{
+    const char *const name =
+        strBackwardToken(const_cast<char *>(path), 0, str_dirsep_token, STR_KEEP);
+    return name ? name : path;
+}
+
+void strSplitPath(const char **directoryRef, const char **nameRef, const char **extensionRef,
+                  char *path)
+{
+    const char *const end = path + strlen(path);
+    const char *const extension = strBackwardToken(path, 0, ".", 0);
+    if (extensionRef)
+        *extensionRef = extension ? extension : end;
+    const char *const name = strBackwardToken(path, 0, str_dirsep_token, 0);
+    if (directoryRef)
+        *directoryRef = name ? path : "";
+    if (nameRef)
+        *nameRef = name ? name : path;
+}
+
+int32_t strAbsolutePath(const char *path)
+{
+    return is_slash(path[0]) || (path[0] && path[1] == ':' && is_slash(path[2]));
+}
+
 // The text of printed numbers
 
 // The end of a mantissa without the zeros behind its last significant digit.

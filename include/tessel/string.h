@@ -1,7 +1,7 @@
 /**
  * @file
- * Strings: building, finding and cutting them; the text of printed numbers; and the options of a
- * command line.
+ * Strings: building, finding and cutting them; paths; the text of printed numbers; and the options
+ * of a command line.
  *
  * Lengths are counted in bytes without the terminator, capacities with it.
  *
@@ -168,6 +168,73 @@ TESSEL_API int32_t strCountToken(const char *text, const char *set);
  */
 TESSEL_API char *strReplaceToken(char *text, const char *set, const char *replacements,
                                  int32_t count);
+
+/* Paths: text alone, the file system is not looked at. A separator is a slash, a backslash, or a
+   colon, which ends a drive prefix. */
+
+/**
+ * Brings a path into the form with backslashes, in place: each slash becomes one. The form that
+ * begins with two slashes, a drive character and one more character becomes drive, colon and
+ * backslash: '//c/dir' gives 'c:\dir'. A backslash in front of a space or of another backslash
+ * takes its value, and both are passed over.
+ *
+ * @param path  the path; it is never longer afterwards. One of two slashes and less than two
+ *              characters behind them has no drive form
+ * @return `path`
+ */
+TESSEL_API char *strGetCompatiblePath(char *path);
+
+/**
+ * Makes sure that a path ends in a separator, so that a name can be appended. A path keeps the kind
+ * of slash that it already uses, the last one counting; one without any gets a backslash.
+ *
+ * @param path  the path, below 2 GiB, in a buffer with room for one more character; an empty one
+ *              stays empty
+ * @return its length now
+ */
+TESSEL_API int32_t strAppendDirectorySeparator(char *path);
+
+/** All separators, as a set for the token procedures. */
+TESSEL_API const char *strGetDirectorySeparator(void);
+
+/**
+ * Finds the extension of a file's path: the text behind the last dot, wherever that stands.
+ *
+ * @param path  the path, or null
+ * @return the address in `path`, or null if there is no dot
+ */
+TESSEL_API const char *strGetFileExtension(const char *path);
+
+/**
+ * Finds the name in a path: the text behind the last separator.
+ *
+ * @param path  the path, or null
+ * @return the address in `path`, which is `path` itself where there is no separator
+ */
+TESSEL_API const char *strGetFileName(const char *path);
+
+/**
+ * Cuts a path into its parts, in place: a NUL replaces the last dot, and then the last separator in
+ * front of it. The parts live as long as the string; the path cannot be joined again from them.
+ *
+ * @param directoryRef  null, or where to store what precedes the separator; a constant empty text
+ *                      where there is none
+ * @param nameRef       null, or where to store what stands between separator and dot
+ * @param extensionRef  null, or where to store what follows the dot; an empty text where there is
+ *                      none
+ * @param path          the path
+ */
+TESSEL_API void strSplitPath(const char **directoryRef, const char **nameRef,
+                             const char **extensionRef, char *path);
+
+/**
+ * Tells whether a path is absolute: it begins with a slash or backslash, or with any character, a
+ * colon and a slash or backslash.
+ *
+ * @param path  the path
+ * @return 1 or 0
+ */
+TESSEL_API int32_t strAbsolutePath(const char *path);
 
 /* The text of printed numbers */
 
