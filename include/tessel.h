@@ -8,6 +8,7 @@
 
 #include "tessel/base.h"
 #include "tessel/bintree.h"
+#include "tessel/compat.h"
 #include "tessel/file.h"
 #include "tessel/integer.h"
 #include "tessel/io.h"

@@ -1,8 +1,17 @@
 #include "tessel/file.h"
 
+#include "tessel/list.h"
+#include "tessel/string.h"
+
 #include "bytes.h"
+#include "compat_internal.h"
 #include "platform.h"
 #include "stdio_stream.h"
+
+#include <stddef.h>
+#include <string.h>
+
+static_assert(offsetof(file_trace, name) == sizeof(char *));
 
 // Memory
 
@@ -79,10 +88,13 @@ static int open_mode(const char *path, uint32_t flags)
 
 int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags)
 {
-    const int mode = open_mode(path, flags);
+    compat_path room;
+    const char *const system_path = compat_system_path(path, &room);
+    const int mode = open_mode(system_path, flags);
     if (mode == -1)
         return 0;
-    const int descriptor = open(path, mode | platform_binary | platform_private, platform_owner);
+    const int descriptor =
+        open(system_path, mode | platform_binary | platform_private, platform_owner);
     stream->handle = descriptor;
     if (descriptor == -1)
         return 0;
@@ -156,4 +168,130 @@ int32_t stdioSeek(io_stream *stream, int32_t offset, int32_t whence)
     if (!query)
         platform_seek(file, before, IO_FROM_START);
     return IO_FAILED;
+}
+
+// Walks
+
+// An entry under examination, or a directory that is being walked. Its path goes on behind the
+// record, in the same block, and stays there as long as its directory is walked.
+struct trace_node {
+    list_node head;
+    compat_dir *parent;
+    const char *parentPath;
+};
+
+struct trace_walk {
+    list_node *stack;
+    compat_dir *dir;  // is being listed
+    const char *path; // of it
+};
+
+static trace_node *top_of(const trace_walk &walk)
+{
+    return reinterpret_cast<trace_node *>(walk.stack);
+}
+
+static char *full_path(trace_node *node)
+{
+    return reinterpret_cast<char *>(node) + sizeof(trace_node);
+}
+
+static trace_node *push_entry(trace_walk &walk, const char *name)
+{
+    const size_t path_size = strlen(walk.path) + 1;
+    const size_t name_size = strlen(name) + 1;
+    const size_t size = sizeof(trace_node) + path_size + name_size;
+    if (size > INT32_MAX || !listPush(&walk.stack, static_cast<uint32_t>(size)))
+        return nullptr;
+    trace_node *const node = top_of(walk);
+    node->parent = walk.dir;
+    node->parentPath = walk.path;
+    char *const path = full_path(node);
+    memcpy(path, walk.path, path_size);
+    memcpy(path + strAppendDirectorySeparator(path), name, name_size);
+    return node;
+}
+
+static void return_to_parent(trace_walk &walk)
+{
+    walk.dir = top_of(walk)->parent;
+    walk.path = top_of(walk)->parentPath;
+    listPop(&walk.stack);
+}
+
+static void unwind(trace_walk &walk)
+{
+    while (walk.stack) {
+        compat_closedir(top_of(walk)->parent);
+        listPop(&walk.stack);
+    }
+}
+
+// Links may lead back to a directory that is being walked, and so round and round.
+static bool is_being_walked(const trace_walk &walk, const compat_dir *dir)
+{
+    for (const list_node *node = walk.stack; node; node = node->next) {
+        if (compat_same_directory(reinterpret_cast<const trace_node *>(node)->parent, dir))
+            return true;
+    }
+    return false;
+}
+
+static int32_t report_directory(const char *path, file_trace_proc callback, file_trace *record)
+{
+    if (record)
+        record->kind = FILE_TRACE_IS_DIRECTORY;
+    const int32_t result = callback(path, record);
+    if (record && result == FILE_TRACE_GO_ON)
+        record->kind = FILE_TRACE_IS_FILE;
+    return result;
+}
+
+int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record, uint32_t flags)
+{
+    const char *const start = path ? path : ".";
+    trace_walk walk = {nullptr, compat_opendir(start), start};
+    if (!walk.dir)
+        return 0;
+    if (record)
+        record->kind = FILE_TRACE_IS_FILE;
+    for (;;) {
+        const compat_dirent *const entry = compat_readdir(walk.dir);
+        if (!entry) {
+            compat_closedir(walk.dir);
+            if (!walk.stack)
+                return 1;
+            return_to_parent(walk);
+            continue;
+        }
+        if (entry->name[0] == '.')
+            continue;
+        trace_node *const node = push_entry(walk, entry->name);
+        if (!node) {
+            compat_closedir(walk.dir);
+            unwind(walk);
+            return 0;
+        }
+        if (record)
+            record->name = entry->name;
+
+        compat_dir *const child = compat_open_entry(walk.dir, full_path(node));
+        int32_t result = FILE_TRACE_GO_ON;
+        if (!child)
+            result = callback(full_path(node), record);
+        else if (flags & FILE_TRACE_DIRECTORIES)
+            result = report_directory(full_path(node), callback, record);
+        const bool going_on = result == FILE_TRACE_GO_ON;
+        if (going_on && child && (flags & FILE_TRACE_ENTER) && !is_being_walked(walk, child)) {
+            walk.dir = child;
+            walk.path = full_path(node);
+            continue;
+        }
+        compat_closedir(child);
+        if (!going_on) {
+            unwind(walk);
+            return result;
+        }
+        return_to_parent(walk);
+    }
 }

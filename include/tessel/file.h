@@ -1,9 +1,12 @@
 /**
  * @file
- * Back ends for streams: over memory blocks and over files.
+ * Back ends for streams, over memory blocks and over files; copies of files; and walks over trees
+ * of directories.
  *
  * The procedures that read, write and seek go into the fields of those names in an io_stream; they
  * find their record or descriptor through its `handle` and know nothing of its buffer.
+ *
+ * compat.h says how paths are read.
  */
 #ifndef TESSEL_FILE_H
 #define TESSEL_FILE_H
@@ -95,6 +98,58 @@ TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t byte
  *         2 GiB all the same
  */
 TESSEL_API int32_t fileSeek(io_stream *stream, int32_t offset, int32_t whence);
+
+typedef struct file_trace file_trace;
+
+/** What a walk tells of the entry that it reports; the caller's, which may have fields behind it. */
+struct file_trace {
+    int32_t kind;     /**< library: FILE_TRACE_IS_FILE or FILE_TRACE_IS_DIRECTORY */
+    const char *name; /**< library: the entry's name, without a path; holds for the callback */
+};
+
+/** Kinds of entries. */
+enum {
+    FILE_TRACE_IS_FILE = 0,     /**< anything that is no directory, or cannot be examined */
+    FILE_TRACE_IS_DIRECTORY = 2 /**< a directory, or a link to one */
+};
+
+/** Flags of fileTrace(). */
+enum {
+    FILE_TRACE_ENTER = 0x1,      /**< walk into directories */
+    FILE_TRACE_DIRECTORIES = 0x2 /**< report directories as well, each before it is entered */
+};
+
+/** The result of a callback that lets the walk go on. */
+enum { FILE_TRACE_GO_ON = 1 };
+
+/**
+ * Takes an entry of a walk.
+ *
+ * @param fullPath  the entry's path, from the start of the walk on; holds for the call
+ * @param record    the walk's record
+ * @return FILE_TRACE_GO_ON, or anything else to end the walk
+ */
+typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
+
+/**
+ * Walks over the entries of a directory, and of all those below it if FILE_TRACE_ENTER is set.
+ * Entries come in the system's order, and a directory is walked as soon as it comes up. Names that
+ * begin with a full stop are passed over, and the start itself is not reported.
+ *
+ * A link to a directory counts as a directory. One that leads to a directory which the walk is just
+ * in is not entered again. The depth of the tree costs memory and one open directory for each
+ * level, never call stack.
+ *
+ * @param path      where to start; null means the current directory
+ * @param callback  gets each entry
+ * @param record    null, or the record that the callback gets
+ * @param flags     FILE_TRACE_ENTER, FILE_TRACE_DIRECTORIES
+ * @return 1 after the whole walk; 0 when the start could not be opened or memory ran out; otherwise
+ *         what the callback gave. A directory that cannot be examined is reported as a file, and one
+ *         that cannot be listed counts as empty
+ */
+TESSEL_API int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record,
+                             uint32_t flags);
 
 #ifdef __cplusplus
 }
