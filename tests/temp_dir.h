@@ -1,0 +1,43 @@
+// A directory of a test's own, gone with its contents when the test ends.
+#ifndef TESSEL_TESTS_TEMP_DIR_H
+#define TESSEL_TESTS_TEMP_DIR_H
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+
+struct temp_dir {
+    std::filesystem::path path = std::filesystem::path(testing::TempDir()) /
+                                 ("tessel_" + std::to_string(std::random_device()()));
+
+    temp_dir()
+    {
+        EXPECT_TRUE(std::filesystem::create_directory(path));
+    }
+    ~temp_dir()
+    {
+        std::filesystem::remove_all(path);
+    }
+    // Text of a path below, as the library takes it.
+    std::string at(const std::string &name) const
+    {
+        return (path / name).generic_string();
+    }
+};
+
+inline void write_file(const std::filesystem::path &path, const std::string &text)
+{
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+inline std::string read_file(const std::filesystem::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+#endif
