@@ -1,4 +1,4 @@
-// How the rows of a two-dimensional array follow each other, and long runs cut into short steps:
+// The rows of a two-dimensional array and how they follow each other, and long runs cut into short steps:
 // shared with the transfers that walk both.
 #ifndef TESSEL_SRC_ARRAY_H
 #define TESSEL_SRC_ARRAY_H
@@ -6,6 +6,11 @@
 #include "tessel/mem.h"
 
 #include "bytes.h"
+
+inline char *row_at(const void *table, size_t row)
+{
+    return load<char *>(static_cast<const char *>(table) + row * sizeof(void *));
+}
 
 // The number that a size list has for the next row; no list counts as 1. The list moves on behind
 // the number if its bit says so, formed on an integer, since a width of its own may lead out of the

@@ -2,6 +2,7 @@
 
 #include "tessel/mem.h"
 
+#include "array.h"
 #include "bytes.h"
 #include "element.h"
 #include "io_internal.h"
@@ -105,7 +106,7 @@ int32_t io_ready_rmode(io_stream *stream, int32_t threshold)
         return IO_FAILED;
     int32_t unread = buffer->count - buffer->position;
     if (unread == 0 && threshold <= buffer->size) {
-        unread = stream->read(stream, io_data(buffer), buffer->size);
+        unread = stream->read ? stream->read(stream, io_data(buffer), buffer->size) : IO_FAILED;
         if (unread == IO_FAILED)
             return IO_FAILED;
         buffer->count = unread;
@@ -459,4 +460,219 @@ void ioUnlockMemory(void *context, const void *end)
     io_memory *const memory = static_cast<io_memory *>(context);
     memory->position =
         static_cast<int32_t>(static_cast<const char *>(end) - static_cast<char *>(memory->base));
+}
+
+// Copies
+
+// One copy, from pass to pass. It spares what it can: unread bytes go out from where they are in the
+// input's buffer, and the space of that buffer then takes what is read.
+struct stream_copy {
+    io_stream *output;
+    io_stream *input;
+    int32_t left;  // bytes still wanted, above 0 to the end; 0 or below without a limit
+    char *area;    // the bytes of a pass
+    int32_t chunk; // how many a pass has at most
+    bool viewed;   // the area is a view of the input's unread bytes
+    void *block;   // made for the copy, or null
+    int32_t result;
+};
+
+static int32_t borrow_buffer(stream_copy &copy)
+{
+    io_stream *const input = copy.input;
+    // Without a refill: what is still to be read goes into the same space, without a view.
+    const int32_t unread = io_ready_rmode(input, INT32_MAX);
+    if (unread == IO_FAILED)
+        return IO_FAILED;
+    copy.area = io_data(input->buffer);
+    copy.chunk = input->buffer->size;
+    if (unread == 0)
+        return IO_COPIED;
+
+    const intptr_t size = reinterpret_cast<intptr_t>(&copy.chunk);
+    void *const view = ioLockBuffer(input, size, IO_LOCK_READ | IO_LOCK_THERE);
+    if (!view)
+        return IO_FAILED;
+    copy.area = static_cast<char *>(view);
+    copy.viewed = true;
+    return IO_COPIED;
+}
+
+static int32_t choose_area(stream_copy &copy, void *memory, int32_t size)
+{
+    const io_buffer *const buffer = copy.input->buffer;
+    if (!memory && buffer && buffer->size >= size)
+        return borrow_buffer(copy);
+    if (size <= 0)
+        return IO_NO_ROOM;
+    if (!memory) {
+        copy.block = memAlloc(static_cast<uint32_t>(size));
+        if (!copy.block)
+            return IO_NO_MEMORY;
+    }
+    copy.area = static_cast<char *>(memory ? memory : copy.block);
+    copy.chunk = size;
+    return IO_COPIED;
+}
+
+// Fetches the bytes of a pass. Those of a view are consumed now, whatever becomes of the write.
+static int32_t take_chunk(stream_copy &copy)
+{
+    if (!copy.viewed)
+        return ioRead(copy.input, copy.area, copy.chunk, 0);
+    ioUnlockBuffer(copy.input, copy.area + copy.chunk);
+    return copy.chunk;
+}
+
+// Behind the view, the passes read into the buffer's space and past its counters.
+static void leave_view(stream_copy &copy)
+{
+    io_buffer *const buffer = copy.input->buffer;
+    copy.viewed = false;
+    copy.area = io_data(buffer);
+    copy.chunk = buffer->size;
+    copy.input->buffer = nullptr;
+}
+
+// One pass; gives whether another one follows. What sets the result later in a pass wins.
+static bool copy_chunk(stream_copy &copy, io_progress_proc progress, void *context)
+{
+    const bool limited = copy.left > 0;
+    bool last = limited && copy.left <= copy.chunk;
+    if (last)
+        copy.chunk = copy.left;
+    else if (limited)
+        copy.left -= copy.chunk;
+
+    const int32_t taken = take_chunk(copy);
+    if (taken < copy.chunk) {
+        if (taken < 0)
+            copy.result = taken;
+        else if (limited)
+            copy.result = IO_CUT_SHORT;
+        if (taken <= 0)
+            return false;
+        last = true;
+    }
+    const int32_t written = ioWrite(copy.output, copy.area, taken, 0);
+    if (copy.viewed)
+        leave_view(copy);
+    if (written > 0 && progress) {
+        copy.result = progress(context, written);
+        last = last || copy.result != 0;
+    }
+    if (written < taken) {
+        copy.result = IO_FAILED;
+        return false;
+    }
+    return !last;
+}
+
+int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count, void *buffer, int32_t size,
+                   io_progress_proc progress, void *context)
+{
+    const int32_t cancelled = progress ? progress(context, 0) : 0;
+    if (cancelled != 0)
+        return cancelled;
+    stream_copy copy = {output, input, count, nullptr, 0, false, nullptr, IO_COPIED};
+    const int32_t chosen = choose_area(copy, buffer, size);
+    if (chosen != IO_COPIED)
+        return chosen;
+
+    // Without its buffer, a read of the input is one call of the back end, into the area.
+    io_buffer *const detached = input->buffer;
+    if (!copy.viewed)
+        input->buffer = nullptr;
+    while (copy_chunk(copy, progress, context)) {
+    }
+    input->buffer = detached;
+    memFree(copy.block);
+    return copy.result;
+}
+
+// Search
+
+// Nothing reads a cache, so none is made.
+int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size, const void *key,
+                    io_probe_proc probe, void *context, void * /*cache*/, uint32_t /*cacheSize*/,
+                    uint32_t *index)
+{
+    // What is left begins at `low` and has `count` records, so that no bound can wrap.
+    uint32_t low = 0;
+    uint32_t offset = 0; // of the stream, from the first record
+    while (count > 0) {
+        const uint32_t before = (count - 1) / 2;
+        const uint32_t middle = low + before;
+        const uint32_t target = middle * size;
+        if (ioSeek(stream, static_cast<int32_t>(target - offset), IO_FROM_CURRENT) == IO_FAILED)
+            return 0;
+        int32_t order = 0;
+        const int32_t moved = probe(stream, key, context, &order);
+        if (moved <= 0)
+            return 0;
+        offset = target + static_cast<uint32_t>(moved);
+        if (order == 0) {
+            if (index)
+                *index = middle;
+            return 1;
+        }
+        if (order < 0) {
+            low = middle + 1;
+            count /= 2;
+        } else {
+            count = before;
+        }
+    }
+    return 0;
+}
+
+// Long runs
+
+// Far enough below the 16 bits of a count that no number of bytes looks like the failure.
+constexpr uint32_t longest_piece = 64000;
+
+int32_t ioEnhance(void *context, void *data, int32_t length, io_piece_proc proc)
+{
+    int32_t total = 0;
+    uintptr_t next = 0;
+    while (length > 0) {
+        char *const piece = static_cast<char *>(data) + next;
+        const uint16_t count = mem_long_iter(&next, &length, longest_piece);
+        const uint16_t done = proc(context, piece, count);
+        if (done == IO_PIECE_FAILED)
+            return IO_FAILED;
+        total = wrap_add(total, done);
+        if (done < count)
+            break;
+    }
+    return total;
+}
+
+// Two-dimensional arrays
+
+using transfer_proc = int32_t (*)(io_stream *stream, void *elements, int32_t count,
+                                  uint32_t descriptor);
+
+static int32_t io_progress_2d(io_stream *stream, const void *table, uint32_t rows, uint32_t unit,
+                              const void *first, const void *second, uint32_t flags,
+                              uint32_t descriptor, transfer_proc transfer)
+{
+    for (uint32_t row = 0; row < rows; row++) {
+        const uint32_t count = mem_iterate_2d(unit, &first, &second, flags);
+        if (!transfer(stream, row_at(table, row), static_cast<int32_t>(count), descriptor))
+            return 0;
+    }
+    return 1;
+}
+
+int32_t ioRead2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit, const void *first,
+                 const void *second, uint16_t flags, uint16_t descriptor)
+{
+    return io_progress_2d(stream, table, rows, unit, first, second, flags, descriptor, ioFullRead);
+}
+
+int32_t ioWrite2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit, const void *first,
+                  const void *second, uint16_t flags, uint16_t descriptor)
+{
+    return io_progress_2d(stream, table, rows, unit, first, second, flags, descriptor, ioFullWrite);
 }

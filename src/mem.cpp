@@ -217,11 +217,6 @@ uint32_t memRestoreInt(const void *address, uint32_t width)
 // One list of one 32-bit number, and none: what rows of equal size are.
 constexpr uint32_t rect_flags = sizeof(uint32_t);
 
-static char *row_at(const void *table, size_t row)
-{
-    return load<char *>(static_cast<const char *>(table) + row * sizeof(void *));
-}
-
 static void set_row(void *table, size_t row, void *address)
 {
     store(static_cast<char *>(table) + row * sizeof(void *), address);

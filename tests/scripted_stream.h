@@ -21,7 +21,9 @@ struct scripted_stream : io_stream {
     int32_t back = 0;
     int32_t longest_read = INT32_MAX;
     std::deque<int32_t> script;
-    std::string log; // "read 512 -> 3, seek -2 1 -> 1"
+    std::string log;                // "read 512 -> 3, seek -2 1 -> 1"
+    scripted_stream *leader = this; // whose script and log the calls go by
+    std::string name;               // in front of each call
 
     explicit scripted_stream(byte_vector bytes = {})
         : io_stream{read_back, write_back, seek_back, 0, nullptr, 0xa5}, data(std::move(bytes))
@@ -51,15 +53,18 @@ struct scripted_stream : io_stream {
         return reinterpret_cast<unsigned char *>(buffer + 1) + buffer->position;
     }
 
-  private:
     // The outcome of a call that could give `most`.
     int32_t finish(const std::string &call, int32_t most)
     {
-        const int32_t result = script.empty() ? most : std::min(script[0], most);
-        script.erase(script.begin(), script.begin() + !script.empty());
-        log += (log.empty() ? "" : ", ") + call + " -> " + std::to_string(result);
+        auto &outcomes = leader->script;
+        auto &calls = leader->log;
+        const int32_t result = outcomes.empty() ? most : std::min(outcomes[0], most);
+        outcomes.erase(outcomes.begin(), outcomes.begin() + !outcomes.empty());
+        calls += (calls.empty() ? "" : ", ") + name + call + " -> " + std::to_string(result);
         return result;
     }
+
+  private:
     static int32_t read_back(io_stream *stream, void *dest, int32_t bytes)
     {
         auto &s = *static_cast<scripted_stream *>(stream);

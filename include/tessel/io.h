@@ -14,6 +14,9 @@
  * both, so reads, writes, moves and locks may follow each other in any order, as long as the back
  * end has a seek procedure.
  *
+ * The bulk operations at the end work on a stream as a whole: they copy one into another, search a
+ * table of records, and move the rows of a two-dimensional array.
+ *
  * A back end's failure is exactly -1. It is passed on and nothing is stored about it: the next call
  * tries again. No procedure of the library calls a back end that is null.
  */
@@ -33,6 +36,14 @@ typedef struct io_source io_source;
 
 /** The failure of transfers and moves. */
 enum { IO_FAILED = -1 };
+
+/** What else ioTransfer() can result in. */
+enum {
+    IO_COPIED = 0,       /**< everything was copied */
+    IO_NO_MEMORY = -3,   /**< no memory for the work block */
+    IO_NO_ROOM = -4,     /**< the work area would have no bytes */
+    IO_CUT_SHORT = -1025 /**< the input fell short of the limit */
+};
 
 /** Where a move counts from. */
 enum {
@@ -311,6 +322,126 @@ TESSEL_API void *ioLockMemory(void *memory, intptr_t size, uint32_t flags);
 
 /** Sets the position of an io_memory to `end`, an address in its block or just behind it. */
 TESSEL_API void ioUnlockMemory(void *memory, const void *end);
+
+/**
+ * Watches a copy. It must leave the input alone, whose buffer is put aside meanwhile.
+ *
+ * @param context  what the caller gave to ioTransfer()
+ * @param bytes    0 before anything else is done, then the bytes of a chunk that has been written
+ * @return 0 to go on; anything else ends the copy behind this chunk and is its result
+ */
+typedef int32_t (*io_progress_proc)(void *context, int32_t bytes);
+
+/**
+ * Copies bytes from one stream into another, a chunk at a time. The chunks pass through the first of
+ * these that there is:
+ *
+ * - the caller's memory
+ * - the input's buffer, if its capacity is at least `size`: unread bytes go out from where they
+ *   are, and then the capacity is the size of a chunk
+ * - a block of `size` bytes, allocated for the length of the call
+ *
+ * Bytes in the input's buffer take part in the copy only if that buffer is used. Otherwise the copy
+ * begins where the back end stands, and afterwards the buffer holds what it held before.
+ *
+ * @param output    the stream to write, not the same as `input`. It is not flushed: with a buffer,
+ *                  the last bytes may be pending
+ * @param input     the stream to read
+ * @param count     bytes to copy. 0 or below means no limit; the copy then ends with the first read
+ *                  that gives less than a chunk
+ * @param buffer    memory to work in, or null
+ * @param size      with `buffer`: its bytes, above 0. Without: the smallest size of a chunk that
+ *                  the caller wants; any buffer of the input is enough for 0 or below
+ * @param progress  told of the beginning and of each chunk, or null
+ * @param context   passed on to `progress`
+ * @return IO_COPIED when all went well. Before anything is copied: what `progress` gave first;
+ *         IO_NO_ROOM when `size` is the size of a chunk and 0 or below; IO_NO_MEMORY; IO_FAILED
+ *         when the buffer to be used has pending bytes and they could not be written. Then:
+ *         IO_FAILED when a read failed, or when a write failed or fell short; what `progress` gave;
+ *         IO_CUT_SHORT when a read within the limit gave less than a chunk and no `progress` was
+ *         told of it. What was written stays written, and what was read is consumed
+ */
+TESSEL_API int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count, void *buffer,
+                              int32_t size, io_progress_proc progress, void *context);
+
+/**
+ * Compares the record at which a stream stands with a key, reading as much of it as it needs.
+ *
+ * @param stream   the stream, at the start of a record
+ * @param key      what the caller gave to the search: an address, or any word of that size
+ * @param context  what the caller gave to the search
+ * @param order    holds 0; receives a number below 0 if the record sought lies behind this one,
+ *                 above 0 if it lies in front of it, 0 if this is the one
+ * @return how many bytes the stream has moved forward, above 0; 0 or below ends the search
+ */
+typedef int32_t (*io_probe_proc)(io_stream *stream, const void *key, void *context, int32_t *order);
+
+/**
+ * Finds a record in a table of records in ascending order, by halving. Records are reached by moves
+ * from the current position, so the table may begin anywhere in the stream.
+ *
+ * @param stream     a stream with a seek procedure that stands at the first record. Afterwards it
+ *                   stands where the last probe left it
+ * @param count      number of records
+ * @param size       bytes from the start of one record to the next, above 0
+ * @param key        passed on to `probe`
+ * @param probe      compares a record with `key`
+ * @param context    passed on to `probe`
+ * @param cache      reserved: accepted and not used
+ * @param cacheSize  reserved: accepted and not used
+ * @param index      where the index of the record goes, or null; left alone if none is found
+ * @return 1, or 0 when there is no such record or a move or a probe failed
+ */
+TESSEL_API int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size, const void *key,
+                               io_probe_proc probe, void *context, void *cache, uint32_t cacheSize,
+                               uint32_t *index);
+
+/**
+ * Transfers a piece of data for ioEnhance().
+ *
+ * @param context  what the caller gave to ioEnhance()
+ * @param data     the piece
+ * @param count    its bytes, from 1 to 64000
+ * @return bytes done; fewer than `count` end the transfer, IO_PIECE_FAILED fails it
+ */
+typedef uint16_t (*io_piece_proc)(void *context, void *data, uint16_t count);
+
+/** The failure of an io_piece_proc; no number of bytes done comes near it. */
+enum { IO_PIECE_FAILED = 0xffff };
+
+/**
+ * Transfers data of any length with a procedure that counts to 16 bits.
+ *
+ * @param context  passed on to `proc`
+ * @param data     the data
+ * @param length   its bytes; for 0 and below `proc` is not called
+ * @param proc     called for one piece after the other
+ * @return bytes done, fewer than `length` if `proc` did less than it was given; -1 when it failed,
+ *         whatever was done before
+ */
+TESSEL_API int32_t ioEnhance(void *context, void *data, int32_t length, io_piece_proc proc);
+
+/**
+ * Reads the rows of a two-dimensional array (see mem.h), each with an ioFullRead(). Unlike there the
+ * sizes of the rows count elements: `unit` times the numbers of the size lists.
+ *
+ * @param stream      the stream
+ * @param table       row table
+ * @param rows        number of rows
+ * @param unit        elements, multiplied by the numbers of the lists
+ * @param first, second, flags  the sizes of the rows
+ * @param descriptor  element size and order
+ * @return 1, also for no rows; 0 at the first row that did not come whole or has no elements, and
+ *         then the rows behind it are left alone
+ */
+TESSEL_API int32_t ioRead2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit,
+                            const void *first, const void *second, uint16_t flags,
+                            uint16_t descriptor);
+
+/** As ioRead2D(): writes the rows, each with an ioFullWrite(), which may turn elements in place. */
+TESSEL_API int32_t ioWrite2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit,
+                             const void *first, const void *second, uint16_t flags,
+                             uint16_t descriptor);
 
 #ifdef __cplusplus
 }

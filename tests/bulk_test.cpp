@@ -1,0 +1,244 @@
+#include "tessel/file.h"
+
+#include "scripted_stream.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <sstream>
+
+namespace
+{
+
+byte_vector numbers_from(unsigned char first, size_t count)
+{
+    byte_vector numbers(count);
+    std::iota(numbers.begin(), numbers.end(), first);
+    return numbers;
+}
+
+// Each begins with the streams that are not empty: bytes, capacity, and how many bytes were read or,
+// below 0, written before. Then come count, work area, size and result, the calls of the input's
+// back end (<), the output's (>) and the progress procedure (@), which end as the text says, and
+// the input's buffer (size, count, position, mode).
+const char *const copies[] = {
+    "in 6 0 0: 0 own 4 = 0 {<read 4 -> 4, >write 4 -> 4, <read 4 -> 2, >write 2 -> 2}",
+    "in 4 0 0: -1 memory 4 = 0 {@0 -> 0, <read 4 -> 4, >write 4 -> 4, @4 -> 0, <read 4 -> 0}",
+    "in 20 0 0: 8 own 4 = 0 {<read 4 -> 4, >write 4 -> 4, <read 4 -> 4, >write 4 -> 4}",
+    // Cut short, and what comes later in that pass.
+    "in 7 0 0: 10 own 6 = -1025 {<read 6 -> 6, >write 6 -> 6, <read 4 -> 1, >write 1 -> 1}",
+    "in 6 0 0: 10 own 6 = -1025 {@0 -> 0, <read 6 -> 6, >write 6 -> 6, @6 -> 0, <read 4 -> 0}",
+    "in 20 0 0: 10 memory 6 = -1025 {<read 6 -> 5, >write 5 -> 5}",
+    "in 9 0 0: 10 own 10 = 0 {@0 -> 0, <read 10 -> 9, >write 9 -> 9, @9 -> 0}",
+    "in 9 0 0: 0 own 4 = -1 {@0 -> 0, <read 4 -> 4, >write 4 -> 3, @3 -> 7}",
+    "in 9 0 0: 0 own 4 = -1 {@0 -> 0, <read 4 -> 4, >write 4 -> 0}",
+    // Sizes that are none, looked at behind the first call.
+    "in 9 0 0: 0 memory 0 = 7 {@0 -> 7}",
+    "in 9 8 0: 0 memory -1 = -4 {} [8 0 0 -1]",
+    "in 9 0 0: 0 own 0 = -4 {}",
+    // Past the input's buffer, whose bytes stay for later.
+    "in 20 8 5: 0 own 9 = 0 {<read 9 -> 9, >write 9 -> 9, <read 9 -> 3, >write 3 -> 3} [8 8 5 1]",
+    "in 20 8 5: 4 memory 4 = 0 {@0 -> 0, <read 4 -> 4, >write 4 -> 4, @4 -> 0} [8 8 5 1]",
+    "in 20 8 -3: 0 own 9 = -1 {<read 9 -> -1} [8 0 3 2]",
+    // Through the input's buffer: its unread bytes, then its space.
+    "in 20 8 5: 0 borrowed 8 = 0 {@0 -> 0, >write 3 -> 3, @3 -> 0, <read 8 -> 8,"
+    " >write 8 -> 8, @8 -> 0, <read 8 -> 4, >write 4 -> 4, @4 -> 0} [8 8 8 1]",
+    "in 20 8 5: 2 borrowed 0 = 0 {@0 -> 0, >write 2 -> 2, @2 -> 0} [8 8 7 1]",
+    "in 20 8 5: 3 borrowed -1 = 0 {>write 3 -> 3} [8 8 8 1]",
+    "in 17 8 5: 14 borrowed 1 = -1025 {>write 3 -> 3, <read 8 -> 8, >write 8 -> 8,"
+    " <read 3 -> 1, >write 1 -> 1} [8 8 8 1]",
+    "in 20 8 5: 2 borrowed 1 = -1 {@0 -> 0, >write 2 -> 1, @1 -> 5} [8 8 7 1]",
+    "in 9 8 -3: 5 borrowed 0 = 0 {<write 3 -> 3, <read 5 -> 5, >write 5 -> 5} [8 0 0 1]",
+    // Into a buffer, which is not flushed.
+    "in 10 0 0 out 0 8 -3: 0 own 4 = 0 {@0 -> 0, <read 4 -> 4, @4 -> 0, <read 4 -> 4,"
+    " >write 7 -> 7, >write 4 -> 4, @4 -> 0, <read 4 -> 2, @2 -> 0}",
+    "in 10 8 7 out 20 8 2: 5 borrowed 4 = 0 {@0 -> 0, >seek -6 1 -> 2, @1 -> 0,"
+    " <read 4 -> 2, @2 -> 0} [8 8 8 1]",
+};
+
+// Gives the stream's position.
+int32_t prepare(scripted_stream &s, std::istream &words)
+{
+    unsigned char room[20] = {};
+    int32_t bytes, capacity, before;
+    words >> bytes >> capacity >> before;
+    s.data = numbers_from(1, static_cast<size_t>(bytes));
+    EXPECT_TRUE(!capacity || ioAllocBuffer(&s, capacity));
+    EXPECT_TRUE(before <= 0 || ioRead(&s, room, before, 0) == before);
+    EXPECT_TRUE(before >= 0 || ioWrite(&s, room, -before, 0) == -before);
+    return std::abs(before);
+}
+
+// The input has no buffer while anything is told of the copy but its beginning.
+int32_t watch(void *context, int32_t bytes)
+{
+    auto &watcher = *static_cast<scripted_stream *>(context);
+    EXPECT_TRUE(bytes == 0 || !watcher.leader->buffer);
+    return watcher.finish(std::to_string(bytes), INT32_MAX);
+}
+
+void check_copy(const std::string &expected)
+{
+    SCOPED_TRACE(expected);
+    scripted_stream in, out, watcher;
+    std::istringstream words(expected);
+    std::string word, area;
+    int32_t in_start = 0, out_start = 0, count, size;
+    while (words >> word && word != ":")
+        (word == "in" ? in_start : out_start) = prepare(word == "in" ? in : out, words);
+    words >> count >> area >> size;
+    out.leader = watcher.leader = &in;
+    in.name = '<', out.name = '>', watcher.name = '@';
+    const byte_vector all(in.data.begin() + in_start, in.data.end());
+    const io_buffer *const buffer = in.buffer;
+    unsigned char room[20], *const memory = area == "memory" ? room : nullptr;
+    in.play(expected);
+    const io_progress_proc progress = expected.find('@') < expected.size() ? watch : nullptr;
+    const int32_t result = ioTransfer(&out, &in, count, memory, size, progress, &watcher);
+    std::ostringstream actual;
+    actual << expected.substr(0, expected.find('=')) << "= " << result << " {" << in.log << "}";
+    EXPECT_EQ(in.buffer, buffer);
+    if (buffer && expected.back() == ']')
+        actual << " [" << buffer->size << ' ' << buffer->count << ' ' << buffer->position << ' '
+               << buffer->mode << "]";
+    EXPECT_EQ(actual.str(), expected);
+
+    // What arrived and what can still be read are all that there was.
+    in.play("");
+    EXPECT_TRUE(ioSyncBuffer(&out));
+    byte_vector bytes(out.data.begin() + out_start, out.data.begin() + out.back);
+    for (unsigned char byte; ioRead(&in, &byte, 1, 0) == 1;)
+        bytes.push_back(byte);
+    std::sort(bytes.begin(), bytes.end());
+    EXPECT_TRUE(result == IO_FAILED || bytes == all);
+}
+
+// Each as the text says, and then with each of its calls failing or cancelling it: it is the last.
+TEST(Transfer, EveryWorkAreaAndEveryFailure)
+{
+    for (const std::string copy : copies) {
+        check_copy(copy);
+        const size_t equals = copy.find('='), calls = copy.find('{');
+        if (copy.compare(equals, 5, "= -1 ") == 0)
+            continue;
+        for (size_t at = calls; (at = copy.find("-> ", at)) != std::string::npos; at += 3) {
+            const std::string end = copy[copy.find_last_of("<>@", at)] == '@' ? "7" : "-1";
+            check_copy(copy.substr(0, equals) + "= " + end + " " +
+                       copy.substr(calls, at + 3 - calls) + end + "}");
+        }
+    }
+}
+
+// A record begins with its number; the key is an address that stands for one. The context has how
+// much of a record is read. A record that is not there would match.
+int32_t probe(io_stream *stream, const void *key, void *context, int32_t *order)
+{
+    const auto number = static_cast<int32_t>(reinterpret_cast<intptr_t>(key));
+    unsigned char record[6] = {static_cast<unsigned char>(number)};
+    const int32_t moved = ioRead(stream, record, *static_cast<int32_t *>(context), 0);
+    *order += record[0] - number;
+    return moved > 0 ? moved : -number % 2;
+}
+
+int32_t search(io_stream *stream, uint32_t count, uint32_t number, int32_t bytes, uint32_t *index)
+{
+    return ioBinSearch(stream, count, 6, reinterpret_cast<void *>(uintptr_t{number}), probe, &bytes,
+                       nullptr, number % 4 * 50, index);
+}
+
+// A table of 40 records with the numbers 6, 12 and so on, behind 5 other bytes.
+TEST(BinSearch, EachRecordInMemoryAndInAFile)
+{
+    byte_vector table = numbers_from(1, 5 + 40 * 6);
+    FILE *const made = tmpfile();
+    io_memory block = {245, 0, table.data()};
+    io_stream memory = {memRead, memWrite, memSeek, reinterpret_cast<intptr_t>(&block), nullptr, 0};
+    io_stream file = {fileRead, fileWrite, fileSeek, fileno(made), nullptr, 0};
+    ASSERT_TRUE(ioFullWrite(&file, table.data(), 245, 0));
+    for (io_stream *const stream : {&memory, &file}) {
+        for (const int32_t capacity : {0, 4, 64}) {
+            EXPECT_TRUE(capacity == 0 || ioAllocBuffer(stream, capacity));
+            for (uint32_t count = 0; count <= 40; count++)
+                for (uint32_t number = 0; number <= 246; number += 3) {
+                    const uint32_t place = number % 6 ? 0 : number / 6;
+                    const bool there = place > 0 && place <= count;
+                    const int32_t bytes = number % 5 ? 1 : 6;
+                    uint32_t index = 99;
+                    ioSeek(stream, 5, IO_FROM_START);
+                    EXPECT_EQ(search(stream, count, number, bytes, &index), there) << number;
+                    EXPECT_EQ(index, there ? place - 1 : 99) << number << " among " << count;
+                    const auto after = static_cast<int32_t>(number) - 1 + bytes;
+                    EXPECT_TRUE(!there || ioSeek(stream, 0, IO_FROM_CURRENT) == after);
+                }
+        }
+        ioSeek(stream, 245, IO_FROM_START);
+        EXPECT_FALSE(search(stream, 1, 6, 1, nullptr) || search(stream, 1, 7, 1, nullptr));
+        ioSeek(stream, 5, IO_FROM_START);
+        EXPECT_TRUE(search(stream, 1, 6, 6, nullptr) && search(stream, 1, 12, 1, nullptr));
+        stream->seek = nullptr;
+        EXPECT_FALSE(search(stream, 1, 13, 1, nullptr));
+        ioFreeBuffer(stream);
+    }
+    fclose(made);
+}
+
+TEST(Enhance, Pieces)
+{
+    std::string fifteen;
+    while (fifteen.size() < 15 * strlen("64000 -> 64000, "))
+        fifteen += "64000 -> 64000, ";
+    const std::tuple<int32_t, int32_t, std::string> runs[] = {
+        {-1, 0, ""},
+        {0, 0, ""},
+        {1, 1, "1 -> 1"},
+        {63999, 63999, "63999 -> 63999"},
+        {64000, 64000, "64000 -> 64000"},
+        {64001, 64001, "64000 -> 64000, 1 -> 1"},
+        {1000000, 1000000, fifteen + "40000 -> 40000"},
+        {200000, 64100, "64000 -> 64000, 64000 -> 100"},
+        {65000, -1, "64000 -> 64000, 1000 -> 65535"},
+        {128000, 129534, "64000 -> 65534, 64000 -> 64000"},
+    };
+    scripted_stream s(byte_vector(1000000));
+    const io_piece_proc proc = [](void *context, void *piece, uint16_t count) {
+        auto &counter = *static_cast<scripted_stream *>(context);
+        EXPECT_EQ(piece, counter.data.data() + counter.back);
+        counter.back += count;
+        return static_cast<uint16_t>(counter.finish(std::to_string(count), INT32_MAX));
+    };
+    for (const auto &[length, total, calls] : runs) {
+        s.play(calls);
+        s.back = 0;
+        EXPECT_EQ(ioEnhance(&s, s.data.data(), length, proc), total);
+        EXPECT_EQ(s.log, calls);
+    }
+}
+
+// Rows of two elements of two bytes, times the numbers of two lists.
+TEST(Rows, OneTransferForEach)
+{
+    const uint8_t first[] = {2, 3, 1}, second[] = {1, 2, 4};
+    const std::tuple<int, int32_t, std::string> transfers[] = {
+        {MEM_STEP_FIRST, 1, "read 8 -> 8, read 12 -> 12, read 4 -> 4"},
+        {MEM_STEP_FIRST, 0, "read 8 -> 8, read 12 -> 11"},
+        {MEM_STEP_SECOND, 1, "write 8 -> 8, write 16 -> 16, write 32 -> 32"},
+        {MEM_STEP_FIRST | MEM_STEP_SECOND, 1, "write 8 -> 8, write 24 -> 24, write 16 -> 16"},
+    };
+    const auto other = static_cast<uint16_t>(2 | (memByteOrder() ^ MEM_ORDER_OTHER));
+    for (const auto &[steps, result, calls] : transfers) {
+        scripted_stream s(numbers_from(1, 60));
+        byte_vector rows = numbers_from(101, 96);
+        void *table[] = {&rows[64], &rows[32], &rows[0]};
+        const auto flags = static_cast<uint16_t>(steps | 1);
+        s.play(calls);
+        const auto transfer = calls[0] == 'r' ? ioRead2D : ioWrite2D;
+        EXPECT_EQ(transfer(&s, table, 3, 2, first, second, flags, other), result);
+        EXPECT_EQ(s.log, calls);
+        for (size_t i = 0; i < 16 && result; i++)
+            EXPECT_EQ(s.data[i ^ 1], rows[i < 8 ? 64 + i : 24 + i]);
+        EXPECT_EQ(ioRead2D(&s, nullptr, 0, 2, first, second, flags, other), 1);
+        EXPECT_EQ(ioRead2D(&s, table, 1, 0, first, second, flags, other), 0);
+    }
+}
+
+} // namespace
