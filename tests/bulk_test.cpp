@@ -48,7 +48,7 @@ const char *const copies[] = {
     "in 17 8 5: 14 borrowed 1 = -1025 {>write 3 -> 3, <read 8 -> 8, >write 8 -> 8,"
     " <read 3 -> 1, >write 1 -> 1} [8 8 8 1]",
     "in 20 8 5: 2 borrowed 1 = -1 {@0 -> 0, >write 2 -> 1, @1 -> 5} [8 8 7 1]",
-    "in 9 8 -3: 5 borrowed 0 = 0 {<write 3 -> 3, <read 5 -> 5, >write 5 -> 5} [8 0 0 1]",
+    "in 10 8 -3: 0 borrowed 5 = 0 {<write 3 -> 3, <read 8 -> 7, >write 7 -> 7} [8 0 0 1]",
     // Into a buffer, which is not flushed.
     "in 10 0 0 out 0 8 -3: 0 own 4 = 0 {@0 -> 0, <read 4 -> 4, @4 -> 0, <read 4 -> 4,"
     " >write 7 -> 7, >write 4 -> 4, @4 -> 0, <read 4 -> 2, @2 -> 0}",
@@ -218,18 +218,17 @@ TEST(Enhance, Pieces)
 TEST(Rows, OneTransferForEach)
 {
     const uint8_t first[] = {2, 3, 1}, second[] = {1, 2, 4};
-    const std::tuple<int, int32_t, std::string> transfers[] = {
-        {MEM_STEP_FIRST, 1, "read 8 -> 8, read 12 -> 12, read 4 -> 4"},
-        {MEM_STEP_FIRST, 0, "read 8 -> 8, read 12 -> 11"},
-        {MEM_STEP_SECOND, 1, "write 8 -> 8, write 16 -> 16, write 32 -> 32"},
-        {MEM_STEP_FIRST | MEM_STEP_SECOND, 1, "write 8 -> 8, write 24 -> 24, write 16 -> 16"},
+    const std::tuple<uint16_t, int32_t, std::string> transfers[] = {
+        {1 | MEM_STEP_FIRST, 1, "read 8 -> 8, read 12 -> 12, read 4 -> 4"},
+        {1 | MEM_STEP_FIRST, 0, "read 8 -> 8, read 12 -> 11"},
+        {1 | MEM_STEP_SECOND, 1, "write 8 -> 8, write 16 -> 16, write 32 -> 32"},
+        {1 | MEM_STEP_FIRST | MEM_STEP_SECOND, 1, "write 8 -> 8, write 24 -> 24, write 16 -> 16"},
     };
     const auto other = static_cast<uint16_t>(2 | (memByteOrder() ^ MEM_ORDER_OTHER));
-    for (const auto &[steps, result, calls] : transfers) {
+    for (const auto &[flags, result, calls] : transfers) {
         scripted_stream s(numbers_from(1, 60));
         byte_vector rows = numbers_from(101, 96);
         void *table[] = {&rows[64], &rows[32], &rows[0]};
-        const auto flags = static_cast<uint16_t>(steps | 1);
         s.play(calls);
         const auto transfer = calls[0] == 'r' ? ioRead2D : ioWrite2D;
         EXPECT_EQ(transfer(&s, table, 3, 2, first, second, flags, other), result);
