@@ -11,7 +11,8 @@
 #include <stddef.h>
 #include <string.h>
 
-static_assert(offsetof(file_trace, name) == sizeof(char *));
+static_assert(offsetof(file_positions, sourceOffset) == 4 &&
+              offsetof(file_trace, name) == sizeof(char *));
 
 // Memory
 
@@ -93,8 +94,7 @@ int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags)
     const int mode = open_mode(system_path, flags);
     if (mode == -1)
         return 0;
-    const int descriptor =
-        open(system_path, mode | platform_binary | platform_private, platform_owner);
+    const int descriptor = platform_open(system_path, mode);
     stream->handle = descriptor;
     if (descriptor == -1)
         return 0;
@@ -168,6 +168,48 @@ int32_t stdioSeek(io_stream *stream, int32_t offset, int32_t whence)
     if (!query)
         platform_seek(file, before, IO_FROM_START);
     return IO_FAILED;
+}
+
+// Copies
+
+// Moves to a position of a copy: above 0 an offset from the start, below 0 the place that the last
+// two arguments name. Gives where the stream is now.
+static int32_t move_to(io_stream *stream, int32_t position, int32_t offset, int32_t whence)
+{
+    if (position == 0)
+        return 0;
+    return position > 0 ? fileSeek(stream, position, IO_FROM_START)
+                        : fileSeek(stream, offset, whence);
+}
+
+int32_t fileCopy(const char *target, const char *source, int32_t targetPosition,
+                 int32_t sourcePosition, int32_t count, void *buffer, int32_t size, uint32_t flags,
+                 io_progress_proc progress, void *context)
+{
+    io_stream input = {};
+    io_stream output = {};
+    input.read = fileRead;
+    output.write = fileWrite;
+    if (!fileOpen(&input, source, FILE_READ))
+        return FILE_NO_SOURCE;
+    if (!fileOpen(&output, target, flags | FILE_WRITE)) {
+        fileClose(&input);
+        return FILE_NO_TARGET;
+    }
+
+    int32_t result = IO_FAILED;
+    file_positions positions = {move_to(&output, targetPosition, 0, IO_FROM_END), IO_FAILED};
+    if (positions.targetOffset >= 0)
+        positions.sourceOffset =
+            move_to(&input, sourcePosition, positions.targetOffset, IO_FROM_START);
+    if (positions.sourceOffset >= 0) {
+        if (flags & FILE_TELL_POSITIONS)
+            *static_cast<file_positions *>(context) = positions;
+        result = ioTransfer(&output, &input, count, buffer, size, progress, context);
+    }
+    fileClose(&output);
+    fileClose(&input);
+    return result;
 }
 
 // Walks

@@ -14,9 +14,10 @@
 #include <io.h>
 #include <string.h>
 
-inline constexpr int platform_binary = _O_BINARY;
-inline constexpr int platform_private = _O_NOINHERIT;
-inline constexpr int platform_owner = _S_IREAD | _S_IWRITE;
+inline int platform_open(const char *path, int mode)
+{
+    return _open(path, mode | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+}
 
 inline bool platform_is_plain(const char *path)
 {
@@ -64,9 +65,17 @@ inline int platform_compare_no_case(const char *left, const char *right)
 #include <strings.h>
 #include <unistd.h>
 
-inline constexpr int platform_binary = 0;
-inline constexpr int platform_private = O_CLOEXEC;
-inline constexpr int platform_owner = S_IRUSR | S_IWUSR;
+// Opens a file for this program alone. Never gives descriptor 0, should the program have closed its
+// standard input: in a stream that is the mark of having no file.
+inline int platform_open(const char *path, int mode)
+{
+    const int descriptor = open(path, mode | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor != 0)
+        return descriptor;
+    const int other = fcntl(descriptor, F_DUPFD_CLOEXEC, 1);
+    close(descriptor);
+    return other;
+}
 
 inline bool platform_is_plain(const char *path)
 {

@@ -99,6 +99,48 @@ TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t byte
  */
 TESSEL_API int32_t fileSeek(io_stream *stream, int32_t offset, int32_t whence);
 
+typedef struct file_positions file_positions;
+
+/** A flag of fileCopy() beside those of fileOpen(): tell at `context` where the copy begins. */
+enum { FILE_TELL_POSITIONS = 0x1000 };
+
+/** Results of fileCopy() beside those of ioTransfer(). */
+enum {
+    FILE_NO_SOURCE = -1035, /**< the source could not be opened */
+    FILE_NO_TARGET = -1036  /**< the target could not be opened */
+};
+
+/** Where a copy begins; the caller's, which may have fields behind these. */
+struct file_positions {
+    int32_t targetOffset; /**< library: where writing begins in the target */
+    int32_t sourceOffset; /**< library: where reading begins in the source */
+};
+
+/**
+ * Copies a file, or a stretch of it, into another one. Both positions below 0 continue a copy that
+ * broke off: what the target does not have yet is appended to it.
+ *
+ * @param target          path of the file to write
+ * @param source          path of the file to read, another one
+ * @param targetPosition  where writing begins: above 0 an offset, 0 the start, below 0 the end
+ * @param sourcePosition  where reading begins: above 0 an offset, 0 the start, below 0 the offset
+ *                        at which writing begins
+ * @param count           bytes to copy; 0 or below means all
+ * @param buffer          memory to work in, or null for a block of its own
+ * @param size            bytes of the buffer or the block, above 0
+ * @param flags           FILE_EXISTING, FILE_TRUNCATE and FILE_READ for the target, as in
+ *                        fileOpen(); FILE_TELL_POSITIONS
+ * @param progress        told of the beginning and of each chunk, as by ioTransfer(), or null
+ * @param context         passed on to `progress`. With FILE_TELL_POSITIONS the address of a
+ *                        file_positions, which is written before the first call of `progress`
+ * @return what ioTransfer() gave, 0 for a full copy; FILE_NO_SOURCE; FILE_NO_TARGET; IO_FAILED when
+ *         a position could not be reached. Nothing stays open, and the target keeps what was
+ *         written. A failure to close is not reported
+ */
+TESSEL_API int32_t fileCopy(const char *target, const char *source, int32_t targetPosition,
+                            int32_t sourcePosition, int32_t count, void *buffer, int32_t size,
+                            uint32_t flags, io_progress_proc progress, void *context);
+
 typedef struct file_trace file_trace;
 
 /** What a walk tells of the entry that it reports; the caller's, which may have fields behind it. */
