@@ -5,6 +5,7 @@
 #include "bytes.h"
 #include "char_run.h"
 #include "char_set.h"
+#include "io_internal.h"
 #include "iotext_internal.h"
 
 #include <stddef.h>
@@ -740,4 +741,186 @@ int32_t iotextReadString(const io_source *source, char *dest, int32_t size, char
         }
         // Anything else is a NUL of the input, which stops every scan and is dropped.
     }
+}
+
+// Line ends
+
+int32_t iotextFormat(io_stream *stream, int32_t *length)
+{
+    char c;
+    int32_t count = 0;
+    do {
+        const int32_t got = ioRead(stream, &c, 1, 0);
+        if (got != 1) {
+            if (length)
+                *length = count;
+            return got == IO_FAILED ? IOTEXT_NO_STYLE : IOTEXT_NO_LINE_END;
+        }
+        count = wrap_add(count, 1);
+    } while (!is_line_end(c));
+
+    char behind = '\0';
+    const int32_t got = ioRead(stream, &behind, 1, 0);
+    if (got == IO_FAILED)
+        return IOTEXT_NO_STYLE;
+    if (length)
+        *length = wrap_add(count, got);
+    if (c == '\n')
+        return behind == '\r' ? IOTEXT_LFCR : IOTEXT_LF;
+    return behind == '\n' ? IOTEXT_CRLF : IOTEXT_CR;
+}
+
+// The line ends of one text: what takes their place, and what has been seen.
+struct line_ends {
+    char output[2];
+    int32_t output_length;
+    uint32_t seen; // IOTEXT_LF and IOTEXT_CR
+    char first;    // of all line-end characters
+    char pattern;  // the one that began this run of line-end characters, 0 outside of a run
+};
+
+static line_ends line_ends_wanted(uint32_t flags)
+{
+    const bool lf_first = flags & IOTEXT_LF_FIRST;
+    line_ends ends = {};
+    if (flags & IOTEXT_CR)
+        ends.output[ends.output_length++] = lf_first ? '\n' : '\r';
+    if (flags & IOTEXT_LF)
+        ends.output[ends.output_length++] = lf_first ? '\r' : '\n';
+    return ends;
+}
+
+// Takes a line-end character. The result says whether it is a line end, or the second half of one.
+static bool begins_line_end(line_ends &ends, char c)
+{
+    if (ends.seen == 0)
+        ends.first = c;
+    ends.seen |= c == '\n' ? IOTEXT_LF : IOTEXT_CR;
+    if (ends.pattern == '\0')
+        ends.pattern = c;
+    return ends.pattern == c;
+}
+
+static int32_t style_seen(const line_ends &ends)
+{
+    if (ends.seen == 0)
+        return IOTEXT_NO_LINE_END;
+    if (ends.seen == IOTEXT_CRLF && ends.first == '\n')
+        return IOTEXT_LFCR;
+    return static_cast<int32_t>(ends.seen);
+}
+
+// The text to convert: a stream, or else what is left of a string.
+struct line_input {
+    io_stream *stream;
+    const char *text;
+};
+
+static int32_t read_char(line_input &input, char *c)
+{
+    if (input.stream)
+        return ioRead(input.stream, c, 1, 0);
+    *c = *input.text;
+    if (*c == '\0')
+        return 0;
+    input.text++;
+    return 1;
+}
+
+static bool write_char(io_stream *out, line_ends &ends, char c)
+{
+    if (!is_line_end(c)) {
+        ends.pattern = '\0';
+        return ioFullWrite(out, &c, 1, 0);
+    }
+    if (!begins_line_end(ends, c))
+        return true;
+    for (int32_t i = 0; i < ends.output_length; i++) {
+        if (!ioFullWrite(out, &ends.output[i], 1, 0))
+            return false;
+    }
+    return true;
+}
+
+// Converts characters from `from` on until `end` is reached or the output might not fit.
+static void convert_view(line_ends &ends, const char *&from, const char *end, char *&to,
+                         const char *limit)
+{
+    constexpr ptrdiff_t longest_output = sizeof ends.output;
+    while (from < end && limit - to >= longest_output) {
+        if (is_line_end(*from)) {
+            if (begins_line_end(ends, *from)) {
+                memcpy(to, ends.output, sizeof ends.output);
+                to += ends.output_length;
+            }
+            from++;
+            continue;
+        }
+        ends.pattern = '\0';
+        const ptrdiff_t length = end - from < limit - to ? end - from : limit - to;
+        const int32_t step = copy_line(to, from, static_cast<int32_t>(length));
+        from += step;
+        to += step;
+    }
+}
+
+// Converts what is at hand: unread bytes of the input's buffer, or a string, into the room of the
+// output's buffer. Character by character, that would not call a back end either, so what the back
+// ends see is the same.
+static void convert_at_hand(io_stream *out, line_input &input, line_ends &ends)
+{
+    io_buffer *const to = out->buffer;
+    if (!to || to->mode != IO_MODE_WRITE || !out->write)
+        return;
+    const int32_t room = to->size - to->position;
+    char *const start = io_current(to);
+    char *end = start;
+    if (input.stream) {
+        io_buffer *const from = input.stream->buffer;
+        if (!from || from->mode != IO_MODE_READ || !input.stream->read)
+            return;
+        const char *const unread = io_current(from);
+        const char *rest = unread;
+        convert_view(ends, rest, unread + (from->count - from->position), end, start + room);
+        from->position += static_cast<int32_t>(rest - unread);
+    } else {
+        const size_t length = strnlen(input.text, static_cast<size_t>(room));
+        convert_view(ends, input.text, input.text + length, end, start + room);
+    }
+    to->position += static_cast<int32_t>(end - start);
+}
+
+int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags)
+{
+    line_input from = {};
+    if (flags & IOTEXT_FROM_STRING)
+        from.text = static_cast<const char *>(input);
+    else
+        from.stream = static_cast<io_stream *>(const_cast<void *>(input));
+    line_ends ends = line_ends_wanted(flags);
+    for (;;) {
+        convert_at_hand(out, from, ends);
+        char c;
+        const int32_t got = read_char(from, &c);
+        if (got == IO_FAILED)
+            return IOTEXT_NO_STYLE;
+        if (got != 1)
+            return style_seen(ends);
+        if (!write_char(out, ends, c))
+            return IOTEXT_NO_STYLE;
+    }
+}
+
+int32_t iotextWrite(io_stream *out, const char *text, uint32_t flags)
+{
+    return iotextConvert(out, text, flags | IOTEXT_FROM_STRING) != IOTEXT_NO_STYLE;
+}
+
+int32_t iotextWriteString(io_stream *out, const char *text)
+{
+    const size_t length = strlen(text);
+    if (length > INT32_MAX)
+        return 0;
+    // The bytes are written from where they are and never changed.
+    return ioFullWrite(out, const_cast<char *>(text), static_cast<int32_t>(length), 0);
 }

@@ -22,7 +22,8 @@ struct scripted_stream : io_stream {
     int32_t longest_read = INT32_MAX;
     std::deque<int32_t> script;
     std::string log;                // "read 512 -> 3, seek -2 1 -> 1"
-    scripted_stream *leader = this; // whose script and log the calls go by
+    std::string *journal = &log;    // where calls are noted: the log, or one of several streams
+    scripted_stream *leader = this; // whose script and journal the calls go by
     std::string name;               // in front of each call
 
     explicit scripted_stream(byte_vector bytes = {})
@@ -57,7 +58,7 @@ struct scripted_stream : io_stream {
     int32_t finish(const std::string &call, int32_t most)
     {
         auto &outcomes = leader->script;
-        auto &calls = leader->log;
+        auto &calls = *leader->journal;
         const int32_t result = outcomes.empty() ? most : std::min(outcomes[0], most);
         outcomes.erase(outcomes.begin(), outcomes.begin() + !outcomes.empty());
         calls += (calls.empty() ? "" : ", ") + name + call + " -> " + std::to_string(result);

@@ -1,6 +1,6 @@
 /**
  * @file
- * Text: a scanner that cuts commented, delimited text into items, and quoted strings.
+ * Text: a scanner that cuts commented, delimited text into items, quoted strings, and line ends.
  *
  * One call reads one item, in place, through an io_source: a stream's buffer or a memory block. On
  * the way the scanner skips leading white space, counts lines, passes over line comments and block
@@ -14,6 +14,10 @@
  *
  * A null record means a shared scratch record without comments and callback. Threads that scan at
  * the same time pass records of their own.
+ *
+ * The procedures for line ends stand beside the scanner and work on streams, with or without a
+ * buffer. They call the back ends as ioRead() and ioFullWrite() of one character at a time would,
+ * so without buffers each character costs a call.
  */
 #ifndef TESSEL_IOTEXT_H
 #define TESSEL_IOTEXT_H
@@ -86,6 +90,20 @@ enum {
     IOTEXT_TRIM_WHITE = 0x0010,        /**< trim white space behind each part and the string */
     IOTEXT_COMMENTS = 0x8000           /**< recognise comments inside the string */
 };
+
+/** Styles of line ends, as they are found and as iotextConvert() writes them. */
+enum {
+    IOTEXT_NO_STYLE = 0,   /**< as a result: failure */
+    IOTEXT_LF = 1,         /**< line feed */
+    IOTEXT_CR = 2,         /**< carriage return */
+    IOTEXT_CRLF = 3,       /**< carriage return, line feed */
+    IOTEXT_LF_FIRST = 4,   /**< a bit and no style of its own: the two characters change places */
+    IOTEXT_LFCR = 7,       /**< line feed, carriage return */
+    IOTEXT_NO_LINE_END = 8 /**< as a result: none seen; to be written: nothing */
+};
+
+/** A flag of iotextConvert(): `input` is a string. */
+enum { IOTEXT_FROM_STRING = 0x10 };
 
 /**
  * Called for each wanted event. During the first four events it must leave the source alone.
@@ -206,6 +224,59 @@ TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters
  */
 TESSEL_API int32_t iotextReadString(const io_source *source, char *dest, int32_t size, char open,
                                     char close, char last, uint32_t flags, io_text *text);
+
+/**
+ * Tells the style of a stream's first line end. It reads up to the first line feed or carriage
+ * return and one character more, if there is one, which may belong to the next line; a caller that
+ * wants the text from its start seeks back.
+ *
+ * @param stream  the stream
+ * @param length  receives the number of characters read; or null
+ * @return IOTEXT_LF, IOTEXT_CR, IOTEXT_CRLF, IOTEXT_LFCR, or IOTEXT_NO_LINE_END at the end of a
+ *         text that has none. IOTEXT_NO_STYLE when a read failed; `length` is written then if no
+ *         line end had come yet. The stream stands where that read left it
+ */
+TESSEL_API int32_t iotextFormat(io_stream *stream, int32_t *length);
+
+/**
+ * Copies text and writes every line end in one style.
+ *
+ * The first character of a run of line feeds and carriage returns sets the pattern of the run: each
+ * further one of the same kind is a line end, and the others are dropped as second halves. So two
+ * carriage returns are two line ends, and a carriage return with two line feeds is one.
+ *
+ * @param out    the stream written to; a buffer is not flushed at the end
+ * @param input  an io_stream, which is read to its end; or with IOTEXT_FROM_STRING a NUL-terminated
+ *               string. In a stream a NUL is a character like others
+ * @param flags  in the low three bits the style to write. 0 and 4 drop line ends, as
+ *               IOTEXT_NO_LINE_END does, 5 is IOTEXT_CR and 6 IOTEXT_LF. IOTEXT_FROM_STRING for a
+ *               string. Other bits are ignored
+ * @return what the text has: IOTEXT_LF or IOTEXT_CR for one of the two characters alone; IOTEXT_CRLF
+ *         or IOTEXT_LFCR for both, in pairs or apart, in the order in which they first appear;
+ *         IOTEXT_NO_LINE_END for neither. IOTEXT_NO_STYLE when a read failed, with all text before
+ *         it written, or when a write failed, which ends the copy at once
+ */
+TESSEL_API int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags);
+
+/**
+ * Writes a string as iotextConvert() does.
+ *
+ * @param out    the stream written to
+ * @param text   a NUL-terminated string
+ * @param flags  as for iotextConvert(); IOTEXT_FROM_STRING is understood
+ * @return 1, also for an empty string; 0 when a write failed
+ */
+TESSEL_API int32_t iotextWrite(io_stream *out, const char *text, uint32_t flags);
+
+/**
+ * Writes a string as it is, without its NUL.
+ *
+ * @param out   the stream written to
+ * @param text  a NUL-terminated string
+ * @return 1; 0 when not all of it went, and for an empty string or one of 2 to the 31st characters
+ *         or more, which are not written
+ */
+TESSEL_API int32_t iotextWriteString(io_stream *out, const char *text);
 
 #ifdef __cplusplus
 }
