@@ -64,7 +64,7 @@ int main(int argc, char **argv)
         }
         std::printf("%s\n", paths[i]);
         const bool good = print_items(file);
-        close_text_file(file);
+        close_file(file.stream);
         if (!good)
             return exit_failed;
     }

@@ -1,6 +1,6 @@
 // Converts whole numbers of 64 bits from one radix to another: those of its command line, or the
 // items of standard input. `radix --help` lists its options.
-#include "tessel.h"
+#include "command_line.h"
 
 #include <stdio.h>
 #include <string.h>
@@ -40,8 +40,6 @@ struct request {
     bool no_sign;
     bool verbose;
     bool help;
-    char **numbers;
-    int count;
 };
 
 enum number_fault { number_good, number_wrong, number_too_large };
@@ -142,14 +140,9 @@ bool convert_input(const request &wanted)
 
 bool read_radix(str_option &option, uint32_t &radix)
 {
-    const char *const name = option.current; // until a value takes its place
-    const char *const text = stroptGetString(&option);
-    // Behind a short form all the rest of the argument is the radix, in a cluster too.
-    option.flags &= ~uint32_t{STROPT_IN_CLUSTER};
-    if (!text) {
-        fprintf(stderr, "radix: %s: a radix must follow\n", name);
+    const char *const text = option_value(option, "radix", "a radix");
+    if (!text)
         return false;
-    }
     x_int value;
     if (read_number(text, 10, true, value) != number_good || x_ult(value, x_short(lowest_radix)) ||
         x_ugt(value, x_short(highest_radix))) {
@@ -160,8 +153,9 @@ bool read_radix(str_option &option, uint32_t &radix)
     return true;
 }
 
-bool take_option(request &wanted, str_option &option, int32_t index)
+bool take_option(void *context, str_option &option, int32_t index)
 {
+    request &wanted = *static_cast<request *>(context);
     switch (index) {
     case option_from:
         return read_radix(option, wanted.from);
@@ -179,57 +173,6 @@ bool take_option(request &wanted, str_option &option, int32_t index)
     }
 }
 
-bool take_letter(request &wanted, str_option &option, int32_t letter)
-{
-    const char *const place = letter > 0 ? strchr(short_options, letter) : nullptr;
-    if (place)
-        return take_option(wanted, option, static_cast<int32_t>(place - short_options));
-    const bool digit = letter >= '0' && letter <= '9';
-    fprintf(stderr, "radix: %s: unknown option -%c%s\n", option.current, static_cast<char>(letter),
-            digit ? "; a negative number goes behind --" : "");
-    return false;
-}
-
-bool read_command_line(request &wanted, char **arguments)
-{
-    str_option option = {};
-    option.fetch = stroptArgv;
-    option.flags = STROPT_DASH | STROPT_EQUALS | STROPT_DOUBLED | STROPT_CLUSTERS;
-    option.cursor = arguments;
-    // The numbers gather at the start of the array, where the parser has been already.
-    wanted.numbers = arguments;
-    for (;;) {
-        const int32_t result =
-            stroptGetOption(&option, nullptr, nullptr, long_options, option_count);
-        bool good = true;
-        switch (result & STROPT_CLASS_MASK) {
-        case STROPT_END:
-            return true;
-        case STROPT_BARE:
-            wanted.numbers[wanted.count++] = option.current;
-            break;
-        case STROPT_ENTRY:
-            good = take_option(wanted, option, result & STROPT_DETAIL_MASK);
-            break;
-        case STROPT_ERROR:
-            if (!option.value || *option.value != '\0') {
-                fprintf(stderr, "radix: %s: unknown option, or one that takes no value\n",
-                        option.current);
-                return false;
-            }
-            // Two prefixes and no name: all further arguments are numbers.
-            option.value = nullptr;
-            while (char *const number = stroptGetString(&option))
-                wanted.numbers[wanted.count++] = number;
-            return true;
-        default:
-            good = take_letter(wanted, option, result);
-            break;
-        }
-        if (!good)
-            return false;
-    }
-}
 } // namespace
 
 int main(int, char **argv)
@@ -237,18 +180,16 @@ int main(int, char **argv)
     request wanted = {};
     wanted.from = 10;
     wanted.to = 10;
-    if (!read_command_line(wanted, argv))
+    command_line line = {"radix",      long_options, short_options,
+                         option_count, take_option,  "; a negative number goes behind --"};
+    if (!read_command_line(line, argv, &wanted))
         return exit_failed;
     bool good = true;
     if (wanted.help)
         fputs(usage, stdout);
-    else if (wanted.count == 0)
+    else if (line.count == 0)
         good = convert_input(wanted);
-    for (int i = 0; i < wanted.count && !wanted.help; i++)
-        good = convert(wanted, wanted.numbers[i]) && good;
-    if (fflush(stdout) != 0 || ferror(stdout)) {
-        fprintf(stderr, "radix: the output cannot be written\n");
-        good = false;
-    }
-    return good ? exit_ok : exit_failed;
+    for (int i = 0; i < line.count && !wanted.help; i++)
+        good = convert(wanted, line.others[i]) && good;
+    return output_written("radix") && good ? exit_ok : exit_failed;
 }

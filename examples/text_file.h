@@ -1,5 +1,5 @@
-// A commented text file as the scanner sees it, for the examples that read such files. Comments
-// start with # or stand between /* and */; lines count from 1.
+// Files for the examples: a stream with a buffer, and a commented text file as the scanner sees it.
+// Comments start with # or stand between /* and */; lines count from 1.
 #ifndef TESSEL_EXAMPLES_TEXT_FILE_H
 #define TESSEL_EXAMPLES_TEXT_FILE_H
 
@@ -12,13 +12,34 @@ struct text_file {
     io_text text;
 };
 
+inline constexpr int32_t buffer_size = 64 << 10;
+
+// Opens a file; a stream that is not opened needs no closing.
+inline bool open_to_read(io_stream &stream, const char *path)
+{
+    stream = {};
+    stream.read = fileRead;
+    stream.seek = fileSeek;
+    if (!fileOpen(&stream, path, FILE_READ))
+        return false;
+    if (ioAllocBuffer(&stream, buffer_size))
+        return true;
+    fileClose(&stream);
+    return false;
+}
+
+// Flushes and closes a file and releases the buffer.
+inline bool close_file(io_stream &stream)
+{
+    const bool closed = fileClose(&stream);
+    ioFreeBuffer(&stream);
+    return closed;
+}
+
 inline bool open_text_file(text_file &file, const char *path)
 {
-    constexpr int32_t buffer_size = 64 << 10;
     file = {};
     file.path = path;
-    file.stream.read = fileRead;
-    file.stream.seek = fileSeek;
     file.source = {&file.stream, ioLockBuffer, ioUnlockBuffer};
     file.text.line = 1;
     file.text.line_comment = "#";
@@ -27,18 +48,7 @@ inline bool open_text_file(text_file &file, const char *path)
     file.text.block_open_length = 2;
     file.text.block_close = "*/";
     file.text.block_close_length = 2;
-    if (!fileOpen(&file.stream, path, FILE_READ))
-        return false;
-    if (ioAllocBuffer(&file.stream, buffer_size))
-        return true;
-    fileClose(&file.stream);
-    return false;
-}
-
-inline void close_text_file(text_file &file)
-{
-    fileClose(&file.stream);
-    ioFreeBuffer(&file.stream);
+    return open_to_read(file.stream, path);
 }
 
 // What a failure of the scanner means, for a person.

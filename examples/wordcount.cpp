@@ -136,7 +136,7 @@ int main(int argc, char **argv)
             break;
         }
         good = count_file(tree, file);
-        close_text_file(file);
+        close_file(file.stream);
     }
     good = good && print_ranking(tree);
     bintreeClear(&tree.root);
