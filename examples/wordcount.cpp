@@ -1,5 +1,5 @@
-// Counts the items of commented text files and prints the most frequent ones. The items are kept in
-// a balanced tree whose nodes hold their text.
+// Counts the items of commented text files and prints the most frequent ones. A directory stands for
+// all text files in it and below. The items are kept in a balanced tree whose nodes hold their text.
 #include "text_file.h"
 
 #include <stddef.h>
@@ -49,7 +49,10 @@ bool count_item(item_tree &tree, const char *text, int32_t length)
     return true;
 }
 
-bool count_file(item_tree &tree, text_file &file)
+enum count_result { count_good, count_broken, count_no_memory };
+
+// Counts the items of an open file, and says so if it cannot be scanned to its end.
+count_result count_items(item_tree &tree, text_file &file)
 {
     char item[4096];
     for (;;) {
@@ -60,15 +63,90 @@ bool count_file(item_tree &tree, text_file &file)
             fprintf(stderr, "wordcount: %s:%d: %s\n", file.path,
                     static_cast<int>(comment ? file.text.error_line : file.text.line),
                     text_failure(result));
-            return false;
+            return count_broken;
         }
-        if (file.text.count > 0 && !count_item(tree, item, static_cast<int32_t>(strlen(item)))) {
-            fprintf(stderr, "wordcount: out of memory\n");
-            return false;
-        }
+        if (file.text.count > 0 && !count_item(tree, item, static_cast<int32_t>(strlen(item))))
+            return count_no_memory;
         if (result == IOTEXT_END)
-            return true;
+            return count_good;
     }
+}
+
+count_result count_file(item_tree &tree, const char *path)
+{
+    text_file file;
+    if (!open_text_file(file, path)) {
+        fprintf(stderr, "wordcount: %s: cannot be opened\n", path);
+        return count_broken;
+    }
+    const count_result result = count_items(tree, file);
+    close_file(file.stream);
+    return result;
+}
+
+// Whether the start of a file, as much of it as the buffer holds, looks like text.
+bool is_text(text_file &file)
+{
+    int32_t there = 0;
+    const void *const view =
+        ioLockBuffer(&file.stream, reinterpret_cast<intptr_t>(&there), IO_LOCK_THERE);
+    if (!view)
+        return false;
+    const bool text = !memchr(view, '\0', static_cast<size_t>(there));
+    ioUnlockBuffer(&file.stream, view);
+    return text;
+}
+
+// A walk over the files below a directory. Its record comes first.
+struct file_walk {
+    file_trace trace;
+    item_tree *tree;
+    unsigned long scanned;
+    unsigned long broken;
+    unsigned long others;
+    bool no_memory;
+};
+
+int32_t count_found(const char *path, file_trace *record)
+{
+    file_walk &walk = *reinterpret_cast<file_walk *>(record);
+    text_file file;
+    if (!open_text_file(file, path)) {
+        walk.others++;
+        return FILE_TRACE_GO_ON;
+    }
+    // In files of a system, what bounds block comments is part of patterns, as in /dir/*.
+    file.text.block_open_length = 0;
+    file.text.block_close_length = 0;
+    count_result result = count_good;
+    if (is_text(file)) {
+        result = count_items(*walk.tree, file);
+        walk.scanned++;
+        walk.broken += result == count_broken;
+    } else {
+        walk.others++;
+    }
+    close_file(file.stream);
+    walk.no_memory = result == count_no_memory;
+    return walk.no_memory ? 0 : FILE_TRACE_GO_ON;
+}
+
+count_result count_directory(item_tree &tree, const char *path)
+{
+    file_walk walk = {};
+    walk.tree = &tree;
+    if (fileTrace(path, count_found, &walk.trace, FILE_TRACE_ENTER) != 1)
+        return walk.no_memory ? count_no_memory : count_broken;
+    printf("%s: %lu text files, %lu of them not to their end; %lu others passed over\n", path,
+           walk.scanned, walk.broken, walk.others);
+    return count_good;
+}
+
+count_result count_path(item_tree &tree, const char *path)
+{
+    compat_dir *const directory = compat_opendir(path);
+    compat_closedir(directory);
+    return directory ? count_directory(tree, path) : count_file(tree, path);
 }
 
 // The most frequent items, the first of them first.
@@ -127,18 +205,12 @@ int main(int argc, char **argv)
     item_tree tree = {};
     tree.path.capacity = -1;
     tree.path.flags = BINTREE_GROW | BINTREE_BALANCED;
-    bool good = true;
-    for (int i = 0; i < files && good; i++) {
-        text_file file;
-        good = open_text_file(file, paths[i]);
-        if (!good) {
-            fprintf(stderr, "wordcount: %s: cannot be opened\n", paths[i]);
-            break;
-        }
-        good = count_file(tree, file);
-        close_file(file.stream);
-    }
-    good = good && print_ranking(tree);
+    count_result result = count_good;
+    for (int i = 0; i < files && result == count_good; i++)
+        result = count_path(tree, paths[i]);
+    if (result == count_no_memory)
+        fprintf(stderr, "wordcount: out of memory\n");
+    const bool good = result == count_good && print_ranking(tree);
     bintreeClear(&tree.root);
     memFree(tree.path.steps);
     return good ? exit_ok : exit_failed;
