@@ -1,0 +1,54 @@
+#!/bin/sh
+# Runs the examples tree and copy, whose programs are the arguments, in a directory of their own, and
+# compares what they print, their exit codes and the copies with tables.
+tree=$1
+copy=$2
+failed=0
+place=$(mktemp -d)
+trap 'rm -rf "$place"' EXIT
+cd "$place" || exit 1
+mkdir -p t/a/b t/ab t/c
+touch t/f.c t/a/g.c t/a/b/h.h t/ab/i.h t/.hidden
+
+# check WANT GOT WHAT
+check() {
+  [ "$1" = "$2" ] && return
+  failed=1
+  printf '%s\n  gave %s\n  not  %s\n' "$3" "$2" "$1"
+}
+
+# A listing has its lines in the order of the system.
+row() {
+  want=$1
+  shift
+  got="$("$tree" "$@" 2>&1 | LC_ALL=C sort | tr '\n' ';')"
+  check "$want" "$got" "tree $*"
+}
+
+row '        h.h;    b/;    g.c;    i.h;4 directories, 4 files;a/;ab/;c/;f.c;t;' t
+row '    b/;4 directories;a/;ab/;c/;t;' -d t
+row '        h.h;    b/;    i.h;3 directories, 2 files;a/;ab/;t/;' --name '*?h' t/
+row '0 directories, 1 files;f.c;t;' -n f.c t
+row 'none;tree: none: not a directory that can be read;' none
+row 'tree: t: one directory at a time;' . t
+
+# copies CODE HELD MESSAGE ARGUMENT...: what the target holds afterwards.
+copies() {
+  want="$1 $2 $3"
+  shift 3
+  output=$("$copy" "$@" 2>&1)
+  check "$want" "$? $(cat target) $output" "copy $*"
+}
+
+printf 0123456789 >source
+copies 0 0123456789 '' source target
+copies 1 0123456789 'copy: source to target: the target cannot be opened, or is there already; --force overwrites it' source target
+printf 0123 >target
+copies 0 0123456789 '' --continue source target
+printf abc >target
+copies 0 0123456789 '' -f source target
+copies 2 0123456789 'copy: ./target and target are the same file' -f ./target target
+copies 2 0123456789 'copy: --continue keeps what --force overwrites' -cf source target
+copies 2 0123456789 'copy: one source and one target are needed' source
+copies 1 0123456789 'copy: none to target: the source cannot be opened, or is no file' -f none target
+exit $failed
