@@ -6,22 +6,50 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <stdlib.h>
+#include <random>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#ifdef _WIN32
+#include <io.h>
+#include <windows.h>
+#endif
 
 namespace
 {
 
+#ifdef _WIN32
+// Any file can be read.
+constexpr int owner_only = 0666;
+
+// Whether a child process gets the descriptor, or -1 for one that is not open.
+int inherited(int descriptor)
+{
+    const intptr_t handle = _get_osfhandle(descriptor);
+    DWORD flags = 0;
+    if (handle == -1 || !GetHandleInformation(reinterpret_cast<HANDLE>(handle), &flags))
+        return -1;
+    return (flags & HANDLE_FLAG_INHERIT) != 0;
+}
+#else
+constexpr int owner_only = 0600;
+
+int inherited(int descriptor)
+{
+    const int flags = fcntl(descriptor, F_GETFD);
+    return flags == -1 ? -1 : (flags & FD_CLOEXEC) == 0;
+}
+#endif
+
 class Files : public testing::Test
 {
   protected:
-    std::string path = testing::TempDir() + "tessel_XXXXXX";
+    std::string path = testing::TempDir() + "tessel_" + std::to_string(std::random_device()());
     io_stream stream = {fileRead, fileWrite, fileSeek, 4321, nullptr, 0};
 
     Files()
     {
-        EXPECT_TRUE(mkdtemp(path.data()) && ioAllocBuffer(&stream, 9));
+        EXPECT_TRUE(std::filesystem::create_directory(path) && ioAllocBuffer(&stream, 9));
         path += "/file";
     }
     ~Files() override
@@ -45,7 +73,7 @@ TEST_F(Files, OpensAsTheFlagsSay)
         {"f", {0x1, 0x101, 0x201}},
         {"n", {0x2, 0x3, 0x202, 0x203}},
         {"nf", {0x102, 0x103, 0x302, 0x303}}};
-    const mode_t before = umask(0);
+    const auto before = umask(0);
     for (const auto &[opening, words] : rows)
         for (const uint32_t flags : words)
             for (const char there : {'n', 'f', 'd'}) {
@@ -66,12 +94,15 @@ TEST_F(Files, OpensAsTheFlagsSay)
                 EXPECT_EQ(stat(path.c_str(), &status) == 0, opened || there != 'n');
                 const bool emptied = opened && (flags & FILE_WRITE) && (flags & FILE_TRUNCATE);
                 EXPECT_TRUE(there != 'f' || status.st_size == (emptied ? 0 : 5));
-                EXPECT_TRUE(there != 'n' || !opened || (status.st_mode & 0777) == 0600);
-                const int mode[] = {-1, O_RDONLY, O_WRONLY, O_RDWR};
+                EXPECT_TRUE(there != 'n' || !opened || (status.st_mode & 0777) == owner_only);
                 const bool asked = there == 'd' && opening.size() > 1;
                 EXPECT_TRUE(opened || stream.handle == (asked ? -1 : 4321));
-                EXPECT_EQ(fcntl(descriptor(), F_GETFL) & O_ACCMODE, opened ? mode[flags & 3] : 3);
-                EXPECT_EQ(fcntl(descriptor(), F_GETFD), opened ? FD_CLOEXEC : -1);
+                char byte = 0;
+                const bool reads = opened && (flags & FILE_READ);
+                const bool writes = opened && (flags & FILE_WRITE);
+                EXPECT_EQ(fileRead(&stream, &byte, 1) != -1, reads);
+                EXPECT_EQ(fileWrite(&stream, &byte, 1) != -1, writes);
+                EXPECT_EQ(inherited(descriptor()), opened ? 0 : -1);
                 EXPECT_EQ(fileClose(&stream), opened);
             }
     umask(before);
@@ -79,7 +110,7 @@ TEST_F(Files, OpensAsTheFlagsSay)
 
 TEST_F(Files, CloseWritesPendingBytesOrStaysOpen)
 {
-    char text[] = "hello";
+    char text[] = "\r\n\n\x1a."; // other bytes in a file of lines
     io_stream cleared = {};
     EXPECT_EQ(fileClose(&cleared), 1);
     ASSERT_TRUE(fileOpen(&stream, path.c_str(), FILE_WRITE));
@@ -91,10 +122,10 @@ TEST_F(Files, CloseWritesPendingBytesOrStaysOpen)
     ASSERT_EQ(ioWrite(&stream, text, 1, 0), 1);
     EXPECT_EQ(fileClose(&stream), 0);
     EXPECT_EQ(stream.buffer->position, 1);
-    EXPECT_NE(fcntl(descriptor(), F_GETFD), -1);
+    EXPECT_NE(inherited(descriptor()), -1);
     ioResetBuffer(&stream);
     EXPECT_EQ(fileClose(&stream), 1);
-    EXPECT_EQ(fcntl(descriptor(), F_GETFD), -1);
+    EXPECT_EQ(inherited(descriptor()), -1);
     EXPECT_TRUE(stream.buffer && stream.handle > 0);
     EXPECT_TRUE(fileClose(&stream) == 0 && fileRead(&stream, text, 1) == -1);
 }
