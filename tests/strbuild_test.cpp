@@ -115,6 +115,7 @@ TEST(StringBuilding, NoMemory)
     EXPECT_EQ(strUnion(nullptr, "abc", "d", 0), nullptr);
     int32_t room = 10;
     EXPECT_EQ(strAppend(text, "d", 4, &room), nullptr);
+    heap.fails = false;
     EXPECT_EQ(room, 15);
     EXPECT_STREQ(text, "abc");
     memFree(text);
