@@ -1,7 +1,10 @@
 #!/bin/sh
-# Runs the example radix, whose program is the argument, and compares its output, what it says on
-# standard error and its exit code with a table.
+# Runs the example radix, whose program is the first argument, and compares its output, what it says
+# on standard error and its exit code with a table. Further arguments are the command that runs
+# programs of its kind where they do not run by themselves.
 radix=$1
+shift
+emulator=$*
 failed=0
 errors=$(mktemp)
 trap 'rm -f "$errors"' EXIT
@@ -11,9 +14,9 @@ row() {
   want="$2 | ${3:+radix: $3} | $([ -z "$3" ]; echo $?)"
   input=$1
   shift 3
-  output=$(printf '%s' "$input" | "$radix" "$@" 2>"$errors")
+  output=$(printf '%s' "$input" | $emulator "$radix" "$@" 2>"$errors")
   code=$?
-  got="$(echo $output) | $(cat "$errors") | $code"
+  got=$(echo "$(echo $output) | $(cat "$errors") | $code" | tr -d '\r')
   [ "$got" = "$want" ] && return
   failed=1
   printf 'radix %s\n  gave %s\n  not  %s\n' "$*" "$got" "$want"
