@@ -77,6 +77,24 @@ run_tests() {
   tests_passed=$((tests_passed + tests - failures))
 }
 
+# check NAME COMMAND... counts a check and shows the output of one that fails.
+check() {
+  local name=$1 output
+  shift
+  if output=$("$@" 2>&1); then
+    echo "ok: $name"
+    tests_passed=$((tests_passed + 1))
+  else
+    printf 'FAILED: %s\n%s\n' "$name" "$output"
+    tests_failed=$((tests_failed + 1))
+  fi
+}
+
+# The names that the headers declare as exported.
+declared() {
+  grep -hE '^TESSEL_API ' include/tessel/*.h | sed -E 's/^([^(]*[ *])?([A-Za-z0-9_]+)\(.*/\2/' | sort
+}
+
 # Closes a script with the count, and with a failure if anything failed or nothing ran.
 finish() {
   echo "$tests_passed passed, $tests_failed failed"
