@@ -53,12 +53,6 @@ int32_t look_up(const char *path, file_trace *record)
     return seen.found.size() == seen.stop_at ? 7 : FILE_TRACE_GO_ON;
 }
 
-int32_t take_name(const char *, file_trace *record)
-{
-    static_cast<report *>(record)->found.insert(record->name);
-    return FILE_TRACE_GO_ON;
-}
-
 // A tree with links, loops and names that are hard on walkers. A file holds its own path within it.
 struct test_tree : temp_dir {
     fs::path root = path / "tree";
@@ -153,6 +147,12 @@ TEST(Walk, ClosesEverythingWhereverItIsStopped)
 }
 
 #ifndef _WIN32
+int32_t take_name(const char *, file_trace *record)
+{
+    static_cast<report *>(record)->found.insert(record->name);
+    return FILE_TRACE_GO_ON;
+}
+
 // Paths that are joined with these name something else, or nothing.
 TEST(Walk, IsNotLedAstrayByNames)
 {
