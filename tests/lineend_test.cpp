@@ -117,15 +117,15 @@ TEST(LineEnds, RandomTextsBuffersAndFailures)
     const auto make_side = [&] {
         side made;
         for (int32_t pieces = below(12); pieces > 0; pieces--) {
-            made.data.append(below(below(2) ? 3 : 50), "ab \x8a\x8d\x0b\x0e"[below(7)]);
+            made.data.append(size_t(below(below(2) ? 3 : 50)), "ab \x8a\x8d\x0b\x0e"[below(7)]);
             for (int32_t ends = below(5); ends > 0; ends--)
                 made.data += "\n\r\n\r\0"[below(below(4) ? 2 : 5)];
         }
-        made.capacity = std::array{0, 1, 2, 3, 15, 16, 17, 18, 33, 64, 1000}[below(11)];
+        made.capacity = std::array{0, 1, 2, 3, 15, 16, 17, 18, 33, 64, 1000}[size_t(below(11))];
         made.reads = below(3) ? 0 : below(10);
         made.writes = below(3) ? 0 : below(10);
         made.longest_read = below(2) ? INT32_MAX : 1 + below(40);
-        made.script.assign(below(8), INT32_MAX);
+        made.script.assign(size_t(below(8)), INT32_MAX);
         made.script.push_back(below(3) ? INT32_MAX : below(3) - 1);
         made.lacks = "rw        "[below(10)];
         return made;
