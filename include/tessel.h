@@ -1,6 +1,6 @@
 /**
  * @file
- * tessel: memory, strings, lists, streams and text scanning, all families at once. Each header
+ * tessel: memory, strings, lists, trees, streams, files and text, all families at once. Each header
  * below can be included alone; base.h states the conventions that hold in all of them.
  */
 #ifndef TESSEL_H
