@@ -21,7 +21,8 @@ static constexpr intptr_t failed_search = -1;
 // Opens what `path` names, or, with a parent, the entry that it has listed last.
 static compat_dir *open_directory(const compat_dir *parent, const char *path)
 {
-    const size_t need = strlen(path) + 1 + sizeof all_entries;
+    const size_t path_size = strlen(path) + 1;
+    const size_t need = path_size + sizeof all_entries; // which counts the place of a separator
     if (need > INT32_MAX)
         return nullptr;
     compat_dir *const dir = static_cast<compat_dir *>(memCAlloc(sizeof(compat_dir)));
@@ -34,8 +35,9 @@ static compat_dir *open_directory(const compat_dir *parent, const char *path)
         return nullptr;
     }
     dir->entry.name = dir->find.cFileName;
-    strcpy(dir->pattern, path);
-    strcpy(dir->pattern + strAppendDirectorySeparator(dir->pattern), all_entries);
+    memcpy(dir->pattern, path, path_size);
+    memcpy(dir->pattern + strAppendDirectorySeparator(dir->pattern), all_entries,
+           sizeof all_entries);
     return dir;
 }
 

@@ -810,15 +810,16 @@ static int32_t style_seen(const line_ends &ends)
     return static_cast<int32_t>(ends.seen);
 }
 
-// The text to convert: a stream, or else what is left of a string.
+// The text to convert: a stream, or what is left of a string.
 struct line_input {
+    bool is_string;
     io_stream *stream;
     const char *text;
 };
 
 static int32_t read_char(line_input &input, char *c)
 {
-    if (input.stream)
+    if (!input.is_string)
         return ioRead(input.stream, c, 1, 0);
     *c = *input.text;
     if (*c == '\0')
@@ -875,7 +876,7 @@ static void convert_at_hand(io_stream *out, line_input &input, line_ends &ends)
     const int32_t room = to->size - to->position;
     char *const start = io_current(to);
     char *end = start;
-    if (input.stream) {
+    if (!input.is_string) {
         io_buffer *const from = input.stream->buffer;
         if (!from || from->mode != IO_MODE_READ || !input.stream->read)
             return;
@@ -893,7 +894,8 @@ static void convert_at_hand(io_stream *out, line_input &input, line_ends &ends)
 int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags)
 {
     line_input from = {};
-    if (flags & IOTEXT_FROM_STRING)
+    from.is_string = flags & IOTEXT_FROM_STRING;
+    if (from.is_string)
         from.text = static_cast<const char *>(input);
     else
         from.stream = static_cast<io_stream *>(const_cast<void *>(input));
