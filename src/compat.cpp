@@ -12,8 +12,6 @@
 static_assert(offsetof(compat_dir, pattern) == 0 && offsetof(compat_dir, entry) == sizeof(char *) &&
               offsetof(compat_dir, find) == 2 * sizeof(char *));
 
-// Listing
-
 static constexpr char all_entries[] = "*.*";
 static constexpr intptr_t no_search = 0;
 static constexpr intptr_t failed_search = -1;
@@ -22,18 +20,20 @@ static constexpr intptr_t failed_search = -1;
 static compat_dir *open_directory(const compat_dir *parent, const char *path)
 {
     const size_t path_size = strlen(path) + 1;
-    const size_t need = path_size + sizeof all_entries; // which counts the place of a separator
-    if (need > INT32_MAX)
+    // Both sizes have a terminator; one is the separator's place.
+    const size_t pattern_size = path_size + sizeof all_entries;
+    compat_place place;
+    if (pattern_size > INT32_MAX || !platform_find_directory(parent, path, &place))
         return nullptr;
     compat_dir *const dir = static_cast<compat_dir *>(memCAlloc(sizeof(compat_dir)));
     if (!dir)
         return nullptr;
-    if (platform_is_directory(parent, path, dir))
-        dir->pattern = static_cast<char *>(memAlloc(static_cast<uint32_t>(need)));
+    dir->pattern = static_cast<char *>(memAlloc(static_cast<uint32_t>(pattern_size)));
     if (!dir->pattern) {
         memFree(dir);
         return nullptr;
     }
+    dir->place = place;
     dir->entry.name = dir->find.cFileName;
     memcpy(dir->pattern, path, path_size);
     memcpy(dir->pattern + strAppendDirectorySeparator(dir->pattern), all_entries,
@@ -74,59 +74,3 @@ bool compat_same_directory(const compat_dir *left, const compat_dir *right)
 {
     return platform_same_directory(left, right);
 }
-
-// Paths
-
-#ifndef _WIN32
-
-static bool exists(const char *path)
-{
-    struct stat status;
-    return lstat(path, &status) == 0;
-}
-
-// Reads as many of the backslashes of `original` as slashes as lead to something that exists, in
-// `path`, a copy of it. Each is tried as the end of a directory's name first, so no reading is
-// pursued that does not exist up to there. If there is none `path` is as it was.
-static bool read_backslashes(char *path, const char *original)
-{
-    char *at = path;
-    for (;;) {
-        at = strchr(at, '\\');
-        if (at) {
-            *at = '\0';
-            const bool there = at == path || exists(path);
-            *at++ = there ? '/' : '\\';
-            continue;
-        }
-        if (exists(path))
-            return true;
-        // Back to the last one that was read as a slash.
-        at = path + strlen(path);
-        do {
-            if (at == path)
-                return false;
-            at--;
-        } while (*at != '/' || original[at - path] != '\\');
-        *at++ = '\\';
-    }
-}
-
-const char *compat_system_path(const char *path, compat_path *room)
-{
-    if (!strchr(path, '\\'))
-        return path;
-    const size_t size = strlen(path) + 1;
-    if (size > sizeof room->text || exists(path))
-        return path;
-    memcpy(room->text, path, size);
-    strReplaceToken(room->text, "\\", "/", 0);
-    if (exists(room->text))
-        return room->text;
-    memcpy(room->text, path, size);
-    if (!read_backslashes(room->text, path))
-        strReplaceToken(room->text, "\\", "/", 0);
-    return room->text;
-}
-
-#endif

@@ -1,10 +1,8 @@
-// Directories and paths as the walk and the file back end see them.
+// Directories as the walk sees them.
 #ifndef TESSEL_SRC_COMPAT_INTERNAL_H
 #define TESSEL_SRC_COMPAT_INTERNAL_H
 
 #include "tessel/compat.h"
-
-#include <limits.h>
 
 // As compat_opendir(), of the entry that `parent` has listed last; `path` is the text for its
 // pattern. The entry is reached through the open parent and by its name as listed, where the system
@@ -15,26 +13,5 @@ compat_dir *compat_open_entry(const compat_dir *parent, const char *path);
 
 // Whether both are the same directory, as far as the system tells.
 bool compat_same_directory(const compat_dir *left, const compat_dir *right);
-
-#ifdef _WIN32
-
-struct compat_path {
-};
-
-inline const char *compat_system_path(const char *path, compat_path *)
-{
-    return path;
-}
-
-#else
-
-struct compat_path {
-    char text[PATH_MAX];
-};
-
-// The path by which the system knows what `path` names: `path` itself, or one that stands in `room`.
-const char *compat_system_path(const char *path, compat_path *room);
-
-#endif
 
 #endif

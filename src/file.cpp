@@ -6,6 +6,7 @@
 #include "bytes.h"
 #include "compat_internal.h"
 #include "platform.h"
+#include "platform_path.h"
 #include "stdio_stream.h"
 
 #include <stddef.h>
@@ -89,8 +90,8 @@ static int open_mode(const char *path, uint32_t flags)
 
 int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags)
 {
-    compat_path room;
-    const char *const system_path = compat_system_path(path, &room);
+    platform_path room;
+    const char *const system_path = platform_read_path(path, &room);
     const int mode = open_mode(system_path, flags);
     if (mode == -1)
         return 0;

@@ -3,7 +3,9 @@
 #ifndef TESSEL_SRC_PLATFORM_DIR_H
 #define TESSEL_SRC_PLATFORM_DIR_H
 
-#include "compat_internal.h"
+#include "tessel/compat.h"
+
+#include "platform_path.h"
 
 #include <stddef.h>
 #include <string.h>
@@ -26,10 +28,11 @@ inline bool platform_lists_file(const compat_dir *dir)
     return !(dir->find.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
-inline bool platform_is_directory(const compat_dir *, const char *path, compat_dir *)
+inline bool platform_find_directory(const compat_dir *, const char *path, compat_place *place)
 {
-    const DWORD attributes = GetFileAttributesA(path);
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+    place->attributes = GetFileAttributesA(path);
+    return place->attributes != INVALID_FILE_ATTRIBUTES &&
+           (place->attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
 // The system's limit on the length of paths ends a walk that goes round in circles.
@@ -61,23 +64,22 @@ inline void platform_find_close(intptr_t search)
 #include <sys/stat.h>
 #include <unistd.h>
 
-// How the system reaches a directory: a name in a directory that is open, or a path.
-struct platform_place {
-    int base;
-    const char *path;
-};
-
 inline DIR *platform_stream(const compat_dir *dir)
 {
     return reinterpret_cast<DIR *>(dir->search);
 }
 
-inline platform_place platform_place_of(const compat_dir *parent, const char *path,
-                                        compat_path *room)
+// How the system reaches a directory: by its name in a directory that is open, or by a path.
+struct platform_way {
+    int base;
+    const char *path;
+};
+
+inline platform_way platform_way_to(const compat_dir *parent, const char *path, platform_path *room)
 {
     if (parent)
         return {dirfd(platform_stream(parent)), parent->find.cFileName};
-    return {AT_FDCWD, compat_system_path(path, room)};
+    return {AT_FDCWD, platform_read_path(path, room)};
 }
 
 #ifdef DT_UNKNOWN
@@ -103,24 +105,21 @@ inline bool platform_lists_file(const compat_dir *)
 }
 #endif
 
-// Also notes in `dir` what tells the directory from others, and how it is reached.
-inline bool platform_is_directory(const compat_dir *parent, const char *path, compat_dir *dir)
+inline bool platform_find_directory(const compat_dir *parent, const char *path, compat_place *place)
 {
-    compat_path room;
-    const platform_place place = platform_place_of(parent, path, &room);
+    platform_path room;
+    const platform_way way = platform_way_to(parent, path, &room);
     struct stat status;
-    if (fstatat(place.base, place.path, &status, 0) != 0 || !S_ISDIR(status.st_mode))
+    if (fstatat(way.base, way.path, &status, 0) != 0 || !S_ISDIR(status.st_mode))
         return false;
-    dir->find.device = status.st_dev;
-    dir->find.inode = status.st_ino;
-    dir->find.parent = parent;
-    dir->find.length = static_cast<uint32_t>(strlen(path));
+    *place = {static_cast<uint64_t>(status.st_dev), static_cast<uint64_t>(status.st_ino), parent,
+              static_cast<uint32_t>(strlen(path))};
     return true;
 }
 
 inline bool platform_same_directory(const compat_dir *left, const compat_dir *right)
 {
-    return left->find.inode == right->find.inode && left->find.device == right->find.device;
+    return left->place.inode == right->place.inode && left->place.device == right->place.device;
 }
 
 inline bool platform_read_entry(compat_dir *dir, DIR *stream)
@@ -132,7 +131,7 @@ inline bool platform_read_entry(compat_dir *dir, DIR *stream)
         if (!entry)
             return false;
         size = strlen(entry->d_name) + 1;
-        // No known system has longer names; a cut one would name nothing.
+        // Longer names than those of any disk are passed over: a cut one would name nothing.
     } while (size > sizeof dir->find.cFileName);
     memcpy(dir->find.cFileName, entry->d_name, size);
     dir->find.type = platform_type(entry);
@@ -142,12 +141,12 @@ inline bool platform_read_entry(compat_dir *dir, DIR *stream)
 inline int platform_open_directory(compat_dir *dir)
 {
     // The pattern begins with the path.
-    char *const behind = dir->pattern + dir->find.length;
+    char *const behind = dir->pattern + dir->place.length;
     const char kept = *behind;
     *behind = '\0';
-    compat_path room;
-    const platform_place place = platform_place_of(dir->find.parent, dir->pattern, &room);
-    const int descriptor = openat(place.base, place.path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    platform_path room;
+    const platform_way way = platform_way_to(dir->place.parent, dir->pattern, &room);
+    const int descriptor = openat(way.base, way.path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     *behind = kept;
     return descriptor;
 }
@@ -171,7 +170,14 @@ inline intptr_t platform_find_first(compat_dir *dir)
 
 inline bool platform_find_next(compat_dir *dir)
 {
-    return dir->search != -1 && platform_read_entry(dir, platform_stream(dir));
+    if (dir->search == -1)
+        return false;
+    if (platform_read_entry(dir, platform_stream(dir)))
+        return true;
+    // Some systems would go on with entries that have been made since.
+    closedir(platform_stream(dir));
+    dir->search = -1;
+    return false;
 }
 
 inline void platform_find_close(intptr_t search)

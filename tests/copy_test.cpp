@@ -35,6 +35,7 @@ TEST(FileCopy, CopiesBetweenAnyPositions)
     const std::string target = temp.at("target");
     const std::string source = temp.at("source");
     char memory[64];
+    const intptr_t descriptor = free_descriptor(temp);
     for (const int32_t there : {-1, 100})
         for (const int32_t length : {100, 250})
             for (const int32_t to : {-1, 0, 50, 120})
@@ -80,12 +81,15 @@ TEST(FileCopy, CopiesBetweenAnyPositions)
                                 old.replace(begin, moved.size(), moved);
                             }
                             EXPECT_EQ(read_file(target), old);
+                            const bool told = tells && !moved.empty();
+                            EXPECT_EQ(result, short_of && !told ? IO_CUT_SHORT : 0);
                             EXPECT_EQ(record.bytes, tells ? moved.size() : 0);
                             if (tells) {
                                 EXPECT_EQ(record.targetOffset, static_cast<int32_t>(begin));
                                 EXPECT_EQ(record.sourceOffset, static_cast<int32_t>(first));
                             }
                         }
+    EXPECT_EQ(free_descriptor(temp), descriptor);
 }
 
 TEST(FileCopy, SaysWhatFailed)

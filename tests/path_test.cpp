@@ -87,6 +87,10 @@ TEST(Paths, AreFoundAndCutInParts)
                          wanted & 4 ? &parts[2] : nullptr, path.block.data());
             for (size_t i = 0; i < 3; i++)
                 EXPECT_EQ(parts[i], wanted & 1 << i ? row[2 + i] : "-");
+            const char *const start = path.block.data();
+            const bool split = text.substr(0, dot).find_first_of(":\\/") != text.npos;
+            EXPECT_EQ(wanted & 1 && parts[0] == start, wanted & 1 && split);
+            EXPECT_EQ(wanted & 4 && parts[2] == start + text.size(), wanted & 4 && row[4].empty());
         }
     }
     EXPECT_EQ(strGetFileExtension(nullptr), nullptr);

@@ -2,6 +2,8 @@
 #ifndef TESSEL_TESTS_TEMP_DIR_H
 #define TESSEL_TESTS_TEMP_DIR_H
 
+#include "tessel/file.h"
+
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -38,6 +40,15 @@ inline std::string read_file(const std::filesystem::path &path)
 {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The lowest free descriptor, which one left open would raise.
+inline intptr_t free_descriptor(const temp_dir &dir)
+{
+    io_stream stream = {};
+    EXPECT_EQ(fileOpen(&stream, dir.at("probe").c_str(), FILE_WRITE | FILE_EXISTING), 1);
+    fileClose(&stream);
+    return stream.handle;
 }
 
 #endif

@@ -17,19 +17,11 @@ namespace
 
 namespace fs = std::filesystem;
 
-// The lowest free descriptor, which one left open would raise.
-intptr_t free_descriptor(const temp_dir &dir)
-{
-    io_stream stream = {};
-    EXPECT_EQ(fileOpen(&stream, dir.at("probe").c_str(), FILE_WRITE | FILE_EXISTING), 1);
-    fileClose(&stream);
-    return stream.handle;
-}
-
 // What a walk has reported: what the files hold, and the names of directories.
 struct report : file_trace {
     std::multiset<std::string> found;
     size_t stop_at = SIZE_MAX;
+    int32_t stop_with = 7;
 };
 
 // Reaches each entry again by the path that it is reported with.
@@ -50,7 +42,7 @@ int32_t look_up(const char *path, file_trace *record)
     }
     seen.found.insert(text);
     EXPECT_EQ(std::string(path).substr(strlen(path) - strlen(seen.name)), seen.name);
-    return seen.found.size() == seen.stop_at ? 7 : FILE_TRACE_GO_ON;
+    return seen.found.size() == seen.stop_at ? seen.stop_with : FILE_TRACE_GO_ON;
 }
 
 // A tree with links, loops and names that are hard on walkers. A file holds its own path within it.
@@ -127,6 +119,34 @@ TEST(Walk, ReportsAsTheFlagsSayPathsThatServe)
     fs::current_path(before);
 }
 
+// Depth first, with paths from the start on, and the kind of the entry at which it is stopped.
+TEST(Walk, ReportsADirectoryBeforeWhatIsInIt)
+{
+    temp_dir temp;
+    fs::create_directories(temp.path / "b/c");
+    write_file(temp.path / "b/c/f", "");
+    struct ordered : file_trace {
+        std::string lines;
+        std::string stop;
+    };
+    const auto note = [](const char *path, file_trace *record) -> int32_t {
+        ordered &seen = *static_cast<ordered *>(record);
+        seen.lines += std::string(path) + "=" + std::to_string(seen.kind) + " ";
+        return seen.name == seen.stop ? 5 : FILE_TRACE_GO_ON;
+    };
+    const fs::path before = fs::current_path();
+    fs::current_path(temp.path);
+    ordered seen = {};
+    EXPECT_EQ(fileTrace("b/", note, &seen, 3), 1);
+    EXPECT_EQ(seen.lines, "b/c=2 b/c/f=0 ");
+    seen = {};
+    seen.stop = "c";
+    EXPECT_EQ(fileTrace(nullptr, note, &seen, 3), 5);
+    EXPECT_EQ(seen.lines, ".\\b=2 .\\b\\c=2 ");
+    EXPECT_EQ(seen.kind, FILE_TRACE_IS_DIRECTORY);
+    fs::current_path(before);
+}
+
 TEST(Walk, ClosesEverythingWhereverItIsStopped)
 {
     const test_tree tree;
@@ -136,7 +156,8 @@ TEST(Walk, ClosesEverythingWhereverItIsStopped)
     for (size_t stop = 1; stop <= entries; stop++) {
         report seen = {};
         seen.stop_at = stop;
-        EXPECT_EQ(fileTrace(start.c_str(), look_up, &seen, 3), 7);
+        seen.stop_with = stop % 2 ? 0 : -1;
+        EXPECT_EQ(fileTrace(start.c_str(), look_up, &seen, 3), seen.stop_with);
         EXPECT_EQ(seen.found.size(), stop);
     }
     EXPECT_EQ(fileTrace((start + "/f").c_str(), look_up, nullptr, 3), 0);
@@ -147,6 +168,49 @@ TEST(Walk, ClosesEverythingWhereverItIsStopped)
 }
 
 #ifndef _WIN32
+// What is reached by a path with backslashes, and what is made by one.
+TEST(Paths, AreReadWithBackslashesAsSlashes)
+{
+    temp_dir temp;
+    const fs::path before = fs::current_path();
+    fs::current_path(temp.path);
+    for (const char *const directory : {"a", "a/b", "w\\x", "w\\x/y", "d\\e", "d"})
+        fs::create_directory(directory);
+    for (const char *const file : {"a/f", "a/b\\g", "w\\x/y/h", "d\\e/k", "d/e"})
+        write_file(file, file);
+    fs::create_symlink("nowhere", "a\\f");
+    const std::pair<const char *, const char *> rows[] = {
+        {"a\\b\\g", "a/b\\g"}, {"w\\x\\y\\h", "w\\x/y/h"}, {"w\\x/y\\h", "w\\x/y/h"},
+        {"d\\e\\k", "d\\e/k"}, {".\\d\\e", "d/e"},         {"a\\f", nullptr},
+        {"a\\b\\f", nullptr}};
+    for (const auto &[path, found] : rows) {
+        io_stream stream = {};
+        EXPECT_EQ(fileOpen(&stream, path, FILE_READ), found != nullptr) << path;
+        char text[16] = {};
+        fileRead(&stream, text, sizeof text - 1);
+        EXPECT_STREQ(text, found ? found : "");
+        fileClose(&stream);
+    }
+    const std::pair<std::string, const char *> made[] = {
+        {"a\\new", "a/new"}, {"new", "new"}, {"a\\" + std::string(4096, '\\'), nullptr}};
+    for (const auto &[path, file] : made) {
+        io_stream stream = {};
+        EXPECT_EQ(fileOpen(&stream, path.c_str(), FILE_WRITE), file != nullptr);
+        fileClose(&stream);
+        EXPECT_TRUE(!file || fs::exists(file)) << path;
+    }
+
+    // Two links make the number of readings grow with every backslash.
+    fs::create_symlink(".", "z");
+    fs::create_symlink(".", "z\\z");
+    std::string path = "z";
+    for (int i = 0; i < 100; i++)
+        path += "\\z";
+    io_stream stream = {};
+    EXPECT_EQ(fileOpen(&stream, (path + "\\none").c_str(), FILE_READ), 0);
+    fs::current_path(before);
+}
+
 int32_t take_name(const char *, file_trace *record)
 {
     static_cast<report *>(record)->found.insert(record->name);
@@ -201,7 +265,7 @@ TEST(Directory, ListsAllNames)
         compat_dir *const dir = compat_opendir(path.c_str());
         ASSERT_TRUE(dir);
         EXPECT_EQ(dir->pattern, temp.at("*.*"));
-        EXPECT_EQ(free_descriptor(temp), descriptor) << "a listing that has not begun";
+        EXPECT_EQ(free_descriptor(temp), descriptor) << "before the listing begins";
         std::set<std::string> names;
         const compat_dirent *entry;
         while ((entry = compat_readdir(dir))) {
@@ -209,8 +273,11 @@ TEST(Directory, ListsAllNames)
             names.insert(entry->name);
         }
         EXPECT_EQ(names, (std::set<std::string>{".", "..", "f", "probe"}));
+        write_file(temp.at("later"), "");
         EXPECT_EQ(compat_readdir(dir), nullptr);
+        EXPECT_EQ(dir->pattern, temp.at("*.*"));
         compat_closedir(dir);
+        fs::remove(temp.at("later"));
     }
     EXPECT_EQ(compat_opendir(temp.at("f").c_str()), nullptr);
     EXPECT_EQ(compat_opendir(temp.at("missing").c_str()), nullptr);
@@ -218,6 +285,7 @@ TEST(Directory, ListsAllNames)
     // A directory that is gone when the listing begins.
     fs::create_directory(temp.at("gone"));
     compat_dir *const gone = compat_opendir(temp.at("gone").c_str());
+    ASSERT_TRUE(gone);
     fs::remove(temp.at("gone"));
     EXPECT_EQ(compat_readdir(gone), nullptr);
     EXPECT_EQ(compat_readdir(gone), nullptr);

@@ -3,12 +3,14 @@
  * Directories, listed by three calls that are the same on all systems. file.h has a walk over whole
  * trees.
  *
- * A listing has all entries, "." and ".." among them, in the system's order. Paths are the system's
- * own. Where the system's separator is the slash, a path that names nothing as it stands is taken
- * with its backslashes read as slashes, so that paths which the library has joined with backslashes
- * serve everywhere. Where even that names nothing, as many of them are read so as lead to something
- * that is there: a backslash may be part of a name. fileOpen(), fileCopy() and fileTrace() take
- * paths in the same way.
+ * A listing has all entries, "." and ".." among them, in the system's order.
+ *
+ * Paths are the system's own. Where its separator is the slash alone, the library still joins some
+ * paths with backslashes, and takes them: a path that names nothing as it stands is read with its
+ * backslashes as slashes. A backslash may be part of a name, though. Where the path names nothing so
+ * either, a reading with fewer slashes is tried, the one with the most in front first; after a
+ * thousand looks, and for a path of 4096 bytes or more, the search is given up. fileOpen(),
+ * fileCopy() and fileTrace() read paths in the same way.
  */
 #ifndef TESSEL_COMPAT_H
 #define TESSEL_COMPAT_H
@@ -22,13 +24,14 @@ extern "C" {
 typedef struct compat_dir compat_dir;
 typedef struct compat_dirent compat_dirent;
 typedef struct compat_find compat_find;
+typedef struct compat_place compat_place;
 
 /** An entry of a directory; the library's, one for each open directory. */
 struct compat_dirent {
     const char *name; /**< library: the entry's name, without a path */
 };
 
-/** What the system tells of the current entry; all fields are the library's. */
+/** What the system tells of the current entry; the library's. */
 #ifdef _WIN32
 struct compat_find { /* laid out as the system's WIN32_FIND_DATAA */
     uint32_t dwFileAttributes;
@@ -44,15 +47,22 @@ struct compat_find { /* laid out as the system's WIN32_FIND_DATAA */
 };
 #else
 struct compat_find {
-    uint64_t device; /**< with `inode`: which directory this is */
-    uint64_t inode;  /**< see `device` */
-    const compat_dir
-        *parent;          /**< in a walk the directory whose current entry this one is, or null */
-    uint32_t length;      /**< of the path within `pattern` */
-    int32_t type;         /**< the entry's type, as far as the listing told it */
-    char cFileName[1024]; /**< the entry's name */
+    int32_t type;         /**< as far as the listing tells it */
+    char cFileName[1024]; /**< the name */
 };
 #endif
+
+/** What the system tells of the directory itself; the library's. */
+struct compat_place {
+#ifdef _WIN32
+    uint32_t attributes; /**< the system's attribute word */
+#else
+    uint64_t device;          /**< with `inode`: which directory this is */
+    uint64_t inode;           /**< see `device` */
+    const compat_dir *parent; /**< in a walk, the directory that lists this one */
+    uint32_t length;          /**< of the path within `pattern` */
+#endif
+};
 
 /** An open directory. The library makes it and writes all its fields; callers may read them. */
 struct compat_dir {
@@ -60,7 +70,8 @@ struct compat_dir {
     compat_dirent entry; /**< what compat_readdir() hands out */
     compat_find find;    /**< the current entry */
     intptr_t search;     /**< the system's listing; 0 until the first compat_readdir(), -1 if it
-                              could not be begun */
+                              could not be begun or has been ended */
+    compat_place place;  /**< the directory itself */
 };
 
 /**

@@ -178,17 +178,23 @@ typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
  * Entries come in the system's order, and a directory is walked as soon as it comes up. Names that
  * begin with a full stop are passed over, and the start itself is not reported.
  *
+ * The paths that are reported are joined as by strAppendDirectorySeparator(): below a start without
+ * any slash with backslashes, on all systems. They can be opened all the same, see compat.h, save
+ * what such joining leaves without a separator or with two readings: below a directory whose name
+ * ends in a colon or backslash, or begins with a backslash. The walk itself is not led astray.
+ *
  * A link to a directory counts as a directory. One that leads to a directory which the walk is just
  * in is not entered again. The depth of the tree costs memory and one open directory for each
  * level, never call stack.
  *
- * @param path      where to start; null means the current directory
+ * @param path      where to start; null means the current directory, and paths then begin with "."
  * @param callback  gets each entry
- * @param record    null, or the record that the callback gets
+ * @param record    null, or the record that the callback gets. Its `kind` is FILE_TRACE_IS_FILE
+ *                  afterwards, unless the callback ended the walk at a directory
  * @param flags     FILE_TRACE_ENTER, FILE_TRACE_DIRECTORIES
- * @return 1 after the whole walk; 0 when the start could not be opened or memory ran out; otherwise
- *         what the callback gave. A directory that cannot be examined is reported as a file, and one
- *         that cannot be listed counts as empty
+ * @return 1 after the whole walk; otherwise what the callback gave, or 0 when the start could not be
+ *         opened or memory for an entry ran out. A directory that cannot be examined, or for which
+ *         memory ran out, is reported as a file; one that cannot be listed counts as empty
  */
 TESSEL_API int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record,
                              uint32_t flags);

@@ -169,14 +169,14 @@ TESSEL_API int32_t strCountToken(const char *text, const char *set);
 TESSEL_API char *strReplaceToken(char *text, const char *set, const char *replacements,
                                  int32_t count);
 
-/* Paths: text alone, the file system is not looked at. A separator is a slash, a backslash, or a
-   colon, which ends a drive prefix. */
+/* Paths: text alone, below 2 GiB; the file system is not looked at. A separator is a slash, a
+   backslash, or a colon, which ends a drive prefix. */
 
 /**
  * Brings a path into the form with backslashes, in place: each slash becomes one. The form that
  * begins with two slashes, a drive character and one more character becomes drive, colon and
  * backslash: '//c/dir' gives 'c:\dir'. A backslash in front of a space or of another backslash
- * takes its value, and both are passed over.
+ * becomes that character too, and both are passed over.
  *
  * @param path  the path; it is never longer afterwards. One of two slashes and less than two
  *              characters behind them has no drive form
@@ -188,8 +188,7 @@ TESSEL_API char *strGetCompatiblePath(char *path);
  * Makes sure that a path ends in a separator, so that a name can be appended. A path keeps the kind
  * of slash that it already uses, the last one counting; one without any gets a backslash.
  *
- * @param path  the path, below 2 GiB, in a buffer with room for one more character; an empty one
- *              stays empty
+ * @param path  the path, in a buffer with room for one more character; an empty one stays empty
  * @return its length now
  */
 TESSEL_API int32_t strAppendDirectorySeparator(char *path);
