@@ -1,6 +1,7 @@
 // Copies a file, shows how far it has come, and can go on with a copy that broke off. `copy --help`
 // lists its options.
 #include "command_line.h"
+#include "text_file.h"
 
 #include <filesystem>
 #include <stdint.h>
@@ -32,7 +33,6 @@ constexpr const char *long_options[option_count] = {"continue", "force", "help",
 constexpr char letters[] = "cfhq";
 
 constexpr int32_t work_size = 1 << 20;
-constexpr int stopped_width = -1;
 constexpr int bar_width = 50;
 
 // What is wanted, and how far the copy has come. The positions are the copy's to write.
@@ -44,6 +44,7 @@ struct copying {
     bool help;
     int64_t total; // -1 if not known
     int64_t done;
+    bool begun;
     int shown; // width of the bar on the terminal
 };
 
@@ -62,7 +63,7 @@ void show(copying &copy)
 {
     if (copy.quiet)
         return;
-    if (copy.total <= 0) {
+    if (copy.total <= 0 || copy.done > copy.total) {
         fprintf(stderr, "\r%lld MiB", static_cast<long long>(copy.done >> 20));
         return;
     }
@@ -78,12 +79,13 @@ void show(copying &copy)
 int32_t take_progress(void *context, int32_t bytes)
 {
     copying &copy = *static_cast<copying *>(context);
+    copy.begun = true;
     copy.done = bytes > 0 ? copy.done + bytes : copy.positions.sourceOffset;
     show(copy);
     return 0;
 }
 
-const char *failure_text(int32_t result)
+const char *failure_text(int32_t result, const copying &copy)
 {
     switch (result) {
     case FILE_NO_SOURCE:
@@ -93,7 +95,8 @@ const char *failure_text(int32_t result)
     case IO_NO_MEMORY:
         return "out of memory";
     default:
-        return "the copy broke off; --continue goes on with it";
+        return copy.begun ? "the copy broke off; --continue goes on with it"
+                          : "the target's end cannot be reached, or is beyond 2 GiB";
     }
 }
 
@@ -125,13 +128,13 @@ int main(int, char **argv)
     const char *const source = line.others[0];
     const char *const target = line.others[1];
     std::error_code ignored;
-    if (std::filesystem::equivalent(source, target, ignored)) {
+    if (std::filesystem::equivalent(read_path(source), read_path(target), ignored)) {
         fprintf(stderr, "copy: %s and %s are the same file\n", source, target);
         return exit_usage;
     }
     copy.quiet = copy.quiet || !isatty(fileno(stderr));
     copy.total = size_of(source);
-    copy.shown = stopped_width;
+    copy.shown = -1;
 
     uint32_t flags = FILE_TELL_POSITIONS;
     if (copy.force)
@@ -141,9 +144,15 @@ int main(int, char **argv)
     const int32_t begin = copy.goes_on ? -1 : 0;
     const int32_t result =
         fileCopy(target, source, begin, begin, 0, nullptr, work_size, flags, take_progress, &copy);
-    if (!copy.quiet && copy.shown >= 0)
+    if (!copy.quiet && copy.begun)
         fputc('\n', stderr);
-    if (result != 0)
-        fprintf(stderr, "copy: %s to %s: %s\n", source, target, failure_text(result));
-    return result == 0 ? exit_ok : exit_failed;
+    if (result != 0) {
+        fprintf(stderr, "copy: %s to %s: %s\n", source, target, failure_text(result, copy));
+        return exit_failed;
+    }
+    if (copy.goes_on && copy.total >= 0 && copy.positions.targetOffset > copy.total) {
+        fprintf(stderr, "copy: %s is longer than %s already\n", target, source);
+        return exit_failed;
+    }
+    return exit_ok;
 }

@@ -5,6 +5,21 @@
 
 #include "tessel.h"
 
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+// A path as the library reads it: where it names nothing, with slashes for its backslashes.
+inline std::filesystem::path read_path(const char *path)
+{
+    std::error_code ignored;
+    if (std::filesystem::exists(path, ignored))
+        return path;
+    std::string slashed = path;
+    strReplaceToken(slashed.data(), "\\", "/", 0);
+    return slashed;
+}
+
 struct text_file {
     const char *path;
     io_stream stream;

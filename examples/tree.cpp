@@ -109,11 +109,18 @@ bool enter(listing &list, const char *path)
     return true;
 }
 
+// Whether an entry is in this very directory: its path goes on with the name alone.
+bool is_in(const char *path, const char *name, const list_node *directory)
+{
+    const char *const start = path_of(directory);
+    const size_t length = strlen(start);
+    return strncmp(path, start, length) == 0 && strcmp(path + length, name) == 0;
+}
+
 int32_t take_entry(const char *path, file_trace *record)
 {
     listing &list = *reinterpret_cast<listing *>(record);
-    // Leave the directories that do not hold this entry.
-    while (list.levels && strncmp(path, path_of(list.levels), strlen(path_of(list.levels))) != 0)
+    while (list.levels && !is_in(path, record->name, list.levels))
         listPop(&list.levels);
 
     const bool wanted = !list.pattern || matches(record->name, list.pattern);
@@ -172,8 +179,8 @@ int main(int, char **argv)
     else if (result != 1)
         fprintf(stderr, "tree: %s: not a directory that can be read\n", start);
     else if (list.directories_alone)
-        printf("%lu directories\n", list.directories);
+        printf("directories: %lu\n", list.directories);
     else
-        printf("%lu directories, %lu files\n", list.directories, list.files);
+        printf("directories: %lu, files: %lu\n", list.directories, list.files);
     return output_written(line.program) && result == 1 ? exit_ok : exit_failed;
 }

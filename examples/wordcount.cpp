@@ -104,14 +104,16 @@ struct file_walk {
     unsigned long scanned;
     unsigned long broken;
     unsigned long others;
-    bool no_memory;
 };
 
 int32_t count_found(const char *path, file_trace *record)
 {
     file_walk &walk = *reinterpret_cast<file_walk *>(record);
     text_file file;
-    if (!open_text_file(file, path)) {
+    std::error_code ignored;
+    // Reading from a pipe or a device might never end.
+    if (!std::filesystem::is_regular_file(read_path(path), ignored) ||
+        !open_text_file(file, path)) {
         walk.others++;
         return FILE_TRACE_GO_ON;
     }
@@ -127,8 +129,7 @@ int32_t count_found(const char *path, file_trace *record)
         walk.others++;
     }
     close_file(file.stream);
-    walk.no_memory = result == count_no_memory;
-    return walk.no_memory ? 0 : FILE_TRACE_GO_ON;
+    return result == count_no_memory ? 0 : FILE_TRACE_GO_ON;
 }
 
 count_result count_directory(item_tree &tree, const char *path)
@@ -136,7 +137,7 @@ count_result count_directory(item_tree &tree, const char *path)
     file_walk walk = {};
     walk.tree = &tree;
     if (fileTrace(path, count_found, &walk.trace, FILE_TRACE_ENTER) != 1)
-        return walk.no_memory ? count_no_memory : count_broken;
+        return count_no_memory; // the directory itself could be opened
     printf("%s: %lu text files, %lu of them not to their end; %lu others passed over\n", path,
            walk.scanned, walk.broken, walk.others);
     return count_good;

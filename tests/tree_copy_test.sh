@@ -25,10 +25,10 @@ row() {
   check "$want" "$got" "tree $*"
 }
 
-row '        h.h;    b/;    g.c;    i.h;4 directories, 4 files;a/;ab/;c/;f.c;t;' t
-row '    b/;4 directories;a/;ab/;c/;t;' -d t
-row '        h.h;    b/;    i.h;3 directories, 2 files;a/;ab/;t/;' --name '*?h' t/
-row '0 directories, 1 files;f.c;t;' -n f.c t
+row '        h.h;    b/;    g.c;    i.h;a/;ab/;c/;directories: 4, files: 4;f.c;t;' t
+row '    b/;a/;ab/;c/;directories: 4;t;' -d t
+row '        h.h;    b/;    i.h;a/;ab/;directories: 3, files: 2;t/;' --name '*?h' t/
+row 'directories: 0, files: 1;f.c;t;' -n f.c t
 row 'none;tree: none: not a directory that can be read;' none
 row 'tree: t: one directory at a time;' . t
 
@@ -48,7 +48,10 @@ copies 0 0123456789 '' --continue source target
 printf abc >target
 copies 0 0123456789 '' -f source target
 copies 2 0123456789 'copy: ./target and target are the same file' -f ./target target
+copies 2 0123456789 'copy: t\..\target and t/../target are the same file' -f 't\..\target' t/../target
 copies 2 0123456789 'copy: --continue keeps what --force overwrites' -cf source target
 copies 2 0123456789 'copy: one source and one target are needed' source
+echo >short
+copies 1 0123456789 'copy: target is longer than short already' -c short target
 copies 1 0123456789 'copy: none to target: the source cannot be opened, or is no file' -f none target
 exit $failed
