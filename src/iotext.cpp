@@ -894,11 +894,10 @@ static void convert_at_hand(io_stream *out, line_input &input, line_ends &ends)
 int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags)
 {
     line_input from = {};
-    from.is_string = flags & IOTEXT_FROM_STRING;
-    if (from.is_string)
-        from.text = static_cast<const char *>(input);
+    if (flags & IOTEXT_FROM_STRING)
+        from = {true, nullptr, static_cast<const char *>(input)};
     else
-        from.stream = static_cast<io_stream *>(const_cast<void *>(input));
+        from = {false, static_cast<io_stream *>(const_cast<void *>(input)), nullptr};
     line_ends ends = line_ends_wanted(flags);
     for (;;) {
         convert_at_hand(out, from, ends);

@@ -422,8 +422,9 @@ static size_t reduce_exponent(char *letter, uint32_t style)
 
 char *strReduceZero(char *text, uint32_t format)
 {
+    char *const text_end = text + strlen(text);
     char *const behind_letter = strBackwardToken(text, 0, "eE", STR_KEEP);
-    char *const mantissa_end = behind_letter ? behind_letter - 1 : text + strlen(text);
+    char *const mantissa_end = behind_letter ? behind_letter - 1 : text_end;
     char *start = text;
     char *end = reduced_end(start, mantissa_end, format & STR_POINT_MASK);
     if (is_negative_zero(start, static_cast<size_t>(end - start)))
