@@ -25,8 +25,7 @@ void run(fuzz_input input)
         };
         if (operation < 4 && writing) { // within the block: a stream keeps what does not fit
             std::string source(moved, '.');
-            std::generate(source.begin(), source.end(),
-                          [next = count]() mutable { return next++; });
+            std::generate(source.begin(), source.end(), [c = count]() mutable { return c++; });
             const block elements = exactly(source);
             expect(ioWrite(&stream, elements.get(), whole, descriptor) == (whole ? whole : -1));
             expect(source == std::string(elements.get(), moved));
