@@ -287,7 +287,8 @@ enum {
                                    parsed as an option, is STROPT_LONE, not an error */
     STROPT_FOLLOWING = 0x800, /**< a long option's value may stand in the arguments behind it */
     STROPT_SORTED = 0x1000,   /**< the table's names ascend, bytes compared as signed numbers:
-                                   search it by halving, if there are delimiters */
+                                   search it by halving, if there are delimiters. No name in it
+                                   continues another one with a byte of 0x80 or above */
     STROPT_WANTS_VALUE = 0x2000, /**< the parser's own, and clear between calls */
     STROPT_IN_CLUSTER = 0x8000   /**< the parser's own: `value` holds the rest of a cluster, and the
                                       next call goes on there */
