@@ -242,8 +242,8 @@ TESSEL_API int32_t bintreeRemove(bintree_node **root, const void *key, bintree_c
  * bintreeCreate() with a path of its own, made and released in the call. In this and the next three
  * the path may always grow, so that BINTREE_NO_ROOM means that memory ran out.
  *
- * @param flags  flags of the path: BINTREE_BALANCED and the growth step. BINTREE_ZERO may join them;
- *               BINTREE_LINK_GIVEN may not, since its bit belongs to the growth step
+ * @param flags  flags of the path: BINTREE_BALANCED and the growth step. BINTREE_ZERO may join
+ *               them; BINTREE_LINK_GIVEN may not, since its bit belongs to the growth step
  */
 TESSEL_API int32_t bintreeCreateExt(bintree_node **out_node, bintree_node **root, const void *key,
                                     bintree_compare_proc compare, uintptr_t size, uint32_t flags);

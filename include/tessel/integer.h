@@ -143,8 +143,8 @@ TESSEL_API int32_t x_ule(x_int a, x_int b);
  * @param dest    where to write
  * @param size    room at `dest` in characters, the terminator included; 65 serves every radix
  * @param format  a radix of 2 or more, X_UNSIGNED, X_CAPITALS. Beyond radix 36 the digit characters
- *                run on behind `z` or `Z` in the character set, and x_value() does not read them. From
- *                radix 170 on a digit may be a NUL, from 215 on a `-`, which as the last digit
+ *                run on behind `z` or `Z` in the character set, and x_value() does not read them.
+ *                From radix 170 on a digit may be a NUL, from 215 on a `-`, which as the last digit
  *                comes first
  * @return the number of characters, the sign included and the terminator not; 0 for a text that
  *         does not fit: the `size` - 1 characters at `dest` are then the sign and the last digits,

@@ -15,7 +15,8 @@
  * end has a seek procedure.
  *
  * The bulk operations at the end work on a stream as a whole: they copy one into another, search a
- * table of records, and move the rows of a two-dimensional array.
+ * table of records, and move the rows of a two-dimensional array. ioEnhance() goes with them: it
+ * takes data of any length through a procedure that can only count to 16 bits.
  *
  * A back end's failure is exactly -1. It is passed on and nothing is stored about it: the next call
  * tries again. No procedure of the library calls a back end that is null.
@@ -39,7 +40,7 @@ enum { IO_FAILED = -1 };
 
 /** What else ioTransfer() can result in. */
 enum {
-    IO_COPIED = 0,       /**< everything was copied */
+    IO_COPIED = 0,       /**< everything was copied, or `progress` is content with less */
     IO_NO_MEMORY = -3,   /**< no memory for the work block */
     IO_NO_ROOM = -4,     /**< the work area would have no bytes */
     IO_CUT_SHORT = -1025 /**< the input fell short of the limit */
@@ -261,8 +262,8 @@ TESSEL_API int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descri
  * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
  * @return `dest`, or the new block, to be released with memFree(); null when the data ended or
  *         failed within the record, there is no room or memory, `size` is negative without `dest`,
- * the string has 2 to the 31st bytes or more, or the field has another size. The position within
- * the record is then undefined
+ *         the string has 2 to the 31st bytes or more, or the field has another size. The position
+ *         within the record is then undefined
  */
 TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint32_t descriptor);
 
@@ -275,7 +276,7 @@ TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint3
  *                    the field can hold: a longer one is written narrowed, and then all the bytes
  * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
  * @return 1, or 0 when not all of it went or the field has another size; for a negative `length`
- * the field has gone then
+ *         the field has gone then
  */
 TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t length,
                                  uint32_t descriptor);
@@ -316,7 +317,8 @@ TESSEL_API void ioUnlockBuffer(void *stream, const void *end);
  * @param size    as for ioLockBuffer()
  * @param flags   lock flags
  * @return the byte at the position; null when fewer bytes are left than wanted (with
- *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies outside of the block
+ *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies outside of the
+ *         block
  */
 TESSEL_API void *ioLockMemory(void *memory, intptr_t size, uint32_t flags);
 
@@ -328,13 +330,14 @@ TESSEL_API void ioUnlockMemory(void *memory, const void *end);
  *
  * @param context  what the caller gave to ioTransfer()
  * @param bytes    0 before anything else is done, then the bytes of a chunk that has been written
- * @return 0 to go on; anything else ends the copy behind this chunk and is its result
+ * @return 0 to go on; anything else ends the copy behind this chunk and is its result, unless the
+ *         write of the chunk fell short
  */
 typedef int32_t (*io_progress_proc)(void *context, int32_t bytes);
 
 /**
- * Copies bytes from one stream into another, a chunk at a time. The chunks pass through the first of
- * these that there is:
+ * Copies bytes from one stream into another, a chunk at a time. The chunks pass through the first
+ * of these that there is:
  *
  * - the caller's memory
  * - the input's buffer, if its capacity is at least `size`: unread bytes go out from where they
@@ -354,12 +357,15 @@ typedef int32_t (*io_progress_proc)(void *context, int32_t bytes);
  *                  the caller wants; any buffer of the input is enough for 0 or below
  * @param progress  told of the beginning and of each chunk, or null
  * @param context   passed on to `progress`
- * @return IO_COPIED when all went well. Before anything is copied: what `progress` gave first;
- *         IO_NO_ROOM when `size` is the size of a chunk and 0 or below; IO_NO_MEMORY; IO_FAILED
- *         when the buffer to be used has pending bytes and they could not be written. Then:
- *         IO_FAILED when a read failed, or when a write failed or fell short; what `progress` gave;
- *         IO_CUT_SHORT when a read within the limit gave less than a chunk and no `progress` was
- *         told of it. What was written stays written, and what was read is consumed
+ * @return Before anything is copied: what `progress` gave first, unless 0; IO_NO_ROOM when `size`
+ *         is 0 or below with a `buffer`, or with neither a `buffer` nor a buffer of the input;
+ *         IO_NO_MEMORY; IO_FAILED when the buffer to be used has pending bytes and they could not
+ *         be written. Then, by the last chunk, the first of these that fits: IO_FAILED when its
+ *         read failed, or its write failed or fell short, whatever `progress` gave for it; what
+ *         `progress` gave for it; IO_CUT_SHORT when the read of a limited copy gave less than the
+ *         chunk; IO_COPIED. So a `progress` that gives 0 for a short last chunk makes a copy that
+ *         was cut short result in IO_COPIED. What was written stays written, and what was read is
+ *         consumed
  */
 TESSEL_API int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count, void *buffer,
                               int32_t size, io_progress_proc progress, void *context);
@@ -378,7 +384,8 @@ typedef int32_t (*io_probe_proc)(io_stream *stream, const void *key, void *conte
 
 /**
  * Finds a record in a table of records in ascending order, by halving. Records are reached by moves
- * from the current position, so the table may begin anywhere in the stream.
+ * from the current position, so the table may begin anywhere in the stream. It must end below 2
+ * GiB, which `count` times `size` must not exceed either.
  *
  * @param stream     a stream with a seek procedure that stands at the first record. Afterwards it
  *                   stands where the last probe left it
@@ -390,7 +397,8 @@ typedef int32_t (*io_probe_proc)(io_stream *stream, const void *key, void *conte
  * @param cache      reserved: accepted and not used
  * @param cacheSize  reserved: accepted and not used
  * @param index      where the index of the record goes, or null; left alone if none is found
- * @return 1, or 0 when there is no such record or a move or a probe failed
+ * @return 1, or 0 when there is no such record or a move or a probe failed: a record that cannot be
+ *         reached counts as not found
  */
 TESSEL_API int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size, const void *key,
                                io_probe_proc probe, void *context, void *cache, uint32_t cacheSize,
@@ -406,7 +414,7 @@ TESSEL_API int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size,
  */
 typedef uint16_t (*io_piece_proc)(void *context, void *data, uint16_t count);
 
-/** The failure of an io_piece_proc; no number of bytes done comes near it. */
+/** The failure of an io_piece_proc, above every `count`. */
 enum { IO_PIECE_FAILED = 0xffff };
 
 /**
@@ -422,8 +430,9 @@ enum { IO_PIECE_FAILED = 0xffff };
 TESSEL_API int32_t ioEnhance(void *context, void *data, int32_t length, io_piece_proc proc);
 
 /**
- * Reads the rows of a two-dimensional array (see mem.h), each with an ioFullRead(). Unlike there the
- * sizes of the rows count elements: `unit` times the numbers of the size lists.
+ * Reads the rows of a two-dimensional array (see mem.h), each with an ioFullRead(). Unlike there
+ * the sizes of the rows count elements: `unit` times the numbers of the size lists, a product that
+ * wraps at 32 bits.
  *
  * @param stream      the stream
  * @param table       row table
@@ -431,8 +440,8 @@ TESSEL_API int32_t ioEnhance(void *context, void *data, int32_t length, io_piece
  * @param unit        elements, multiplied by the numbers of the lists
  * @param first, second, flags  the sizes of the rows
  * @param descriptor  element size and order
- * @return 1, also for no rows; 0 at the first row that did not come whole or has no elements, and
- *         then the rows behind it are left alone
+ * @return 1, also for no rows; 0 at the first row that did not come whole, has no elements, or has
+ *         2 to the 31st elements or bytes or more, and then the rows behind it are left alone
  */
 TESSEL_API int32_t ioRead2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit,
                             const void *first, const void *second, uint16_t flags,

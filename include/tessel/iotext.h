@@ -251,10 +251,10 @@ TESSEL_API int32_t iotextFormat(io_stream *stream, int32_t *length);
  * @param flags  in the low three bits the style to write. 0 and 4 drop line ends, as
  *               IOTEXT_NO_LINE_END does, 5 is IOTEXT_CR and 6 IOTEXT_LF. IOTEXT_FROM_STRING for a
  *               string. Other bits are ignored
- * @return what the text has: IOTEXT_LF or IOTEXT_CR for one of the two characters alone; IOTEXT_CRLF
- *         or IOTEXT_LFCR for both, in pairs or apart, in the order in which they first appear;
- *         IOTEXT_NO_LINE_END for neither. IOTEXT_NO_STYLE when a read failed, with all text before
- *         it written, or when a write failed, which ends the copy at once
+ * @return what the text has: IOTEXT_LF or IOTEXT_CR for one of the two characters alone;
+ *         IOTEXT_CRLF or IOTEXT_LFCR for both, in pairs or apart, in the order in which they first
+ *         appear; IOTEXT_NO_LINE_END for neither. IOTEXT_NO_STYLE when a read failed, with all text
+ *         before it written, or when a write failed, which ends the copy at once
  */
 TESSEL_API int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags);
 

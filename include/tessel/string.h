@@ -99,8 +99,8 @@ TESSEL_API char *strAppend(char *text, const char *insertion, int32_t capacity, 
 /**
  * Finds a string in a list of strings.
  *
- * @param list   strings one behind the other, each with its terminator, and an empty one as the end;
- *               not null
+ * @param list   strings one behind the other, each with its terminator, and an empty one as the
+ *               end; not null
  * @param text   the string to look for, not null; the empty one is never found
  * @param flags  STR_NO_CASE
  * @return its index, from 0 on, or -1
@@ -251,9 +251,9 @@ enum {
 
 /**
  * Tidies a printed floating-point number in place: the zeros behind its last significant digit go,
- * as do the minus sign of -0, -0. and -0.0 (but not that of -00) and the plus sign and leading zeros of the exponent. So
- * 1.500e+005 becomes 1.5e5. No value is computed: a text that is no number is treated alike, and
- * its last e or E splits it.
+ * as do the minus sign of -0, -0. and -0.0 (but not that of -00) and the plus sign and leading
+ * zeros of the exponent. So 1.500e+005 becomes 1.5e5. No value is computed: a text that is no
+ * number is treated alike, and its last e or E splits it.
  *
  * @param text    the number. Its zeros stay where no point precedes them, or where the point is the
  *                first character
