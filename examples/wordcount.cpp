@@ -1,5 +1,6 @@
-// Counts the items of commented text files and prints the most frequent ones. A directory stands for
-// all text files in it and below. The items are kept in a balanced tree whose nodes hold their text.
+// Counts the items of commented text files and prints the most frequent ones. A directory stands
+// for all text files in it and below. The items are kept in a balanced tree whose nodes hold their
+// text.
 #include "text_file.h"
 
 #include <stddef.h>

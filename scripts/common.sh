@@ -92,7 +92,8 @@ check() {
 
 # The names that the headers declare as exported.
 declared() {
-  grep -hE '^TESSEL_API ' include/tessel/*.h | sed -E 's/^([^(]*[ *])?([A-Za-z0-9_]+)\(.*/\2/' | sort
+  grep -hE '^TESSEL_API ' include/tessel/*.h |
+    sed -E 's/^([^(]*[ *])?([A-Za-z0-9_]+)\(.*/\2/' | sort
 }
 
 # Closes a script with the count, and with a failure if anything failed or nothing ran.

@@ -1,5 +1,5 @@
-// The rows of a two-dimensional array and how they follow each other, and long runs cut into short steps:
-// shared with the transfers that walk both.
+// The rows of a two-dimensional array and how they follow each other, and long runs cut into short
+// steps: shared with the transfers that walk both.
 #ifndef TESSEL_SRC_ARRAY_H
 #define TESSEL_SRC_ARRAY_H
 

@@ -243,7 +243,8 @@ static constexpr power_table powers_of_ten = [] {
 
 static uint32_t count_decimal_digits(uint64_t value)
 {
-    // 1233 / 4096 is the decimal logarithm of 2, near enough for 64 bits: one digit too low at the most.
+    // 1233 / 4096 is the decimal logarithm of 2, near enough for 64 bits: one digit too low at
+    // most.
     const uint32_t digits = count_bits(value) * 1233 >> 12;
     return digits + ((value | 1) >= powers_of_ten.power[digits]);
 }

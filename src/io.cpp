@@ -464,8 +464,8 @@ void ioUnlockMemory(void *context, const void *end)
 
 // Copies
 
-// One copy, from pass to pass. It spares what it can: unread bytes go out from where they are in the
-// input's buffer, and the space of that buffer then takes what is read.
+// One copy, from pass to pass. It spares what it can: unread bytes go out from where they are in
+// the input's buffer, and the space of that buffer then takes what is read.
 struct stream_copy {
     io_stream *output;
     io_stream *input;
@@ -500,19 +500,18 @@ static int32_t borrow_buffer(stream_copy &copy)
 
 static int32_t choose_area(stream_copy &copy, void *memory, int32_t size)
 {
+    copy.area = static_cast<char *>(memory);
+    copy.chunk = size;
+    if (memory)
+        return size > 0 ? IO_COPIED : IO_NO_ROOM;
     const io_buffer *const buffer = copy.input->buffer;
-    if (!memory && buffer && buffer->size >= size)
+    if (buffer && buffer->size >= size)
         return borrow_buffer(copy);
     if (size <= 0)
         return IO_NO_ROOM;
-    if (!memory) {
-        copy.block = memAlloc(static_cast<uint32_t>(size));
-        if (!copy.block)
-            return IO_NO_MEMORY;
-    }
-    copy.area = static_cast<char *>(memory ? memory : copy.block);
-    copy.chunk = size;
-    return IO_COPIED;
+    copy.block = memAlloc(static_cast<uint32_t>(size));
+    copy.area = static_cast<char *>(copy.block);
+    return copy.block ? IO_COPIED : IO_NO_MEMORY;
 }
 
 // Fetches the bytes of a pass. Those of a view are consumed now, whatever becomes of the write.
@@ -574,7 +573,11 @@ int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count, void *buf
     const int32_t cancelled = progress ? progress(context, 0) : 0;
     if (cancelled != 0)
         return cancelled;
-    stream_copy copy = {output, input, count, nullptr, 0, false, nullptr, IO_COPIED};
+    stream_copy copy = {};
+    copy.output = output;
+    copy.input = input;
+    copy.left = count;
+    copy.result = IO_COPIED;
     const int32_t chosen = choose_area(copy, buffer, size);
     if (chosen != IO_COPIED)
         return chosen;

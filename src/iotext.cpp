@@ -851,6 +851,7 @@ static void convert_view(line_ends &ends, const char *&from, const char *end, ch
     while (from < end && limit - to >= longest_output) {
         if (is_line_end(*from)) {
             if (begins_line_end(ends, *from)) {
+                // Both places, though fewer may count: one store.
                 memcpy(to, ends.output, sizeof ends.output);
                 to += ends.output_length;
             }
@@ -875,20 +876,20 @@ static void convert_at_hand(io_stream *out, line_input &input, line_ends &ends)
         return;
     const int32_t room = to->size - to->position;
     char *const start = io_current(to);
-    char *end = start;
+    char *next = start;
     if (!input.is_string) {
         io_buffer *const from = input.stream->buffer;
         if (!from || from->mode != IO_MODE_READ || !input.stream->read)
             return;
         const char *const unread = io_current(from);
         const char *rest = unread;
-        convert_view(ends, rest, unread + (from->count - from->position), end, start + room);
+        convert_view(ends, rest, unread + (from->count - from->position), next, start + room);
         from->position += static_cast<int32_t>(rest - unread);
     } else {
         const size_t length = strnlen(input.text, static_cast<size_t>(room));
-        convert_view(ends, input.text, input.text + length, end, start + room);
+        convert_view(ends, input.text, input.text + length, next, start + room);
     }
-    to->position += static_cast<int32_t>(end - start);
+    to->position += static_cast<int32_t>(next - start);
 }
 
 int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags)

@@ -293,9 +293,9 @@ static void fill_run(char *target, int32_t byte, size_t bytes)
 }
 
 // Rows that follow each other without a gap, as in an array in one block, are copied and filled as
-// one run, so they are taken for parts of one block: at 16 bytes a row this takes half the time of a
-// call for each. Behind this length a run is not worth extending, and the C library copies blocks of
-// 64 KiB at once more slowly.
+// one run, so they are taken for parts of one block: at 16 bytes a row this takes half the time of
+// a call for each. Behind this length a run is not worth extending, and the C library copies blocks
+// of 64 KiB at once more slowly.
 constexpr size_t longest_run = 1024;
 
 void memCopy2D(void *target, const void *source, uint32_t rows, uint32_t unit, const void *first,

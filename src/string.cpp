@@ -97,8 +97,8 @@ char *strInsert(char *text, const char *insertion, int32_t position, int32_t cap
     const size_t index = inside ? static_cast<uint32_t>(position) : length;
     char *const place = text + index;
     memmove(place + inserted, place, length - index + 1);
-    // The insertion may be the end of `text` itself, from the position or before it, when that stays
-    // where it is: its terminator has moved away, but not the characters that are copied.
+    // The insertion may be the end of `text` itself, from the position or before it, when that
+    // stays where it is: its terminator has moved away, but not the characters that are copied.
     memmove(place, insertion, inserted); // NOLINT(bugprone-not-null-terminated-result)
     return text;
 }
@@ -579,8 +579,8 @@ static inline bool match_entry(const str_option_search &search, const char *entr
 
 // The place of an entry relative to the text: 1 behind it, -1 before it, 0 a match. A delimiter in
 // the text counts as its end, so that "name=value" stands where "name" does; an entry of that name
-// that does not accept the delimiter lies before it. There is a set of delimiters in every search by
-// halving.
+// that does not accept the delimiter lies before it. There is a set of delimiters in every search
+// by halving.
 static int32_t str_option_compare(const void *entryRef, const void *key)
 {
     const str_option_search *const search = static_cast<const str_option_search *>(key);

@@ -512,8 +512,8 @@ TEST(Bintree, Queries)
     EXPECT_TRUE(!link && heap.held == 6);
     heap.fails = false;
 
-    // Differences of 2 and -2, which no balanced tree has, and a word without its difference. They are
-    // reported in order, a node behind the subtree of its smaller keys.
+    // Differences of 2 and -2, which no balanced tree has, and a word without its difference. They
+    // are reported in order, a node behind the subtree of its smaller keys.
     item added[3] = {};
     bintree_node *const lower[] = {reinterpret_cast<bintree_node *>(&added[0]),
                                    reinterpret_cast<bintree_node *>(&added[1]),

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Runs the examples tree and copy, whose programs are the arguments, in a directory of their own, and
-# compares what they print, their exit codes and the copies with tables.
+# Runs the examples tree and copy, whose programs are the arguments, in a directory of their own,
+# and compares what they print, their exit codes and the copies with tables.
 tree=$1
 copy=$2
 failed=0
