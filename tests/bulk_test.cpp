@@ -17,8 +17,8 @@ byte_vector numbers_from(unsigned char first, size_t count)
     return numbers;
 }
 
-// Each begins with the streams that are not empty: bytes, capacity, and how many bytes were read or,
-// below 0, written before. Then come count, work area, size and result, the calls of the input's
+// Each begins with the streams that are not empty: bytes, capacity, and how many bytes were read
+// or, below 0, written before. Then come count, work area, size and result, the calls of the input's
 // back end (<), the output's (>) and the progress procedure (@), which end as the text says, and
 // the input's buffer (size, count, position, mode).
 const char *const copies[] = {
@@ -89,7 +89,8 @@ void check_copy(const std::string &expected)
     words >> count >> area >> size;
     out.leader = watcher.leader = &in;
     in.name = '<', out.name = '>', watcher.name = '@';
-    const byte_vector all(in.data.begin() + in_start, in.data.end());
+    byte_vector all(in.data.begin() + in_start, in.data.end());
+    const int32_t passed_over = area == "borrowed" ? 0 : std::max(in.back - in_start, 0);
     const io_buffer *const buffer = in.buffer;
     unsigned char room[20], *const memory = area == "memory" ? room : nullptr;
     in.play(expected);
@@ -98,19 +99,28 @@ void check_copy(const std::string &expected)
     std::ostringstream actual;
     actual << expected.substr(0, expected.find('=')) << "= " << result << " {" << in.log << "}";
     EXPECT_EQ(in.buffer, buffer);
-    if (buffer && expected.back() == ']')
-        actual << " [" << buffer->size << ' ' << buffer->count << ' ' << buffer->position << ' '
-               << buffer->mode << "]";
+    const io_buffer b = buffer ? *buffer : io_buffer{8, 0, 0, IO_MODE_NONE};
+    if (expected.back() == ']')
+        actual << " [" << b.size << ' ' << b.count << ' ' << b.position << ' ' << b.mode << "]";
     EXPECT_EQ(actual.str(), expected);
+    EXPECT_EQ(b.size, 8);
+    EXPECT_LE(b.count, b.mode == IO_MODE_READ ? 8 : 0);
+    EXPECT_LE(b.position, b.mode == IO_MODE_WRITE ? 8 : b.count);
+    EXPECT_GE(b.position, 0);
 
-    // What arrived and what can still be read are all that there was.
+    // What arrived and then what can still be read are all that there was, but for bytes that were
+    // passed over, which come between the two. Of a failed copy nothing is known behind these.
     in.play("");
     EXPECT_TRUE(ioSyncBuffer(&out));
     byte_vector bytes(out.data.begin() + out_start, out.data.begin() + out.back);
+    const size_t arrived = bytes.size(), known = arrived + static_cast<size_t>(passed_over);
     for (unsigned char byte; ioRead(&in, &byte, 1, 0) == 1;)
         bytes.push_back(byte);
-    std::sort(bytes.begin(), bytes.end());
-    EXPECT_TRUE(result == IO_FAILED || bytes == all);
+    ASSERT_GE(bytes.size(), known);
+    std::rotate(bytes.data(), bytes.data() + arrived, bytes.data() + known);
+    if (result == IO_FAILED)
+        bytes.resize(known), all.resize(known);
+    EXPECT_EQ(bytes, all);
 }
 
 // Each as the text says, and then with each of its calls failing or cancelling it: it is the last.
@@ -122,7 +132,7 @@ TEST(Transfer, EveryWorkAreaAndEveryFailure)
         if (copy.compare(equals, 5, "= -1 ") == 0)
             continue;
         for (size_t at = calls; (at = copy.find("-> ", at)) != std::string::npos; at += 3) {
-            const std::string end = copy[copy.find_last_of("<>@", at)] == '@' ? "7" : "-1";
+            const std::string end = copy[copy.find_last_of("<>@", at)] == '@' ? "-7" : "-1";
             check_copy(copy.substr(0, equals) + "= " + end + " " +
                        copy.substr(calls, at + 3 - calls) + end + "}");
         }
@@ -137,13 +147,45 @@ int32_t probe(io_stream *stream, const void *key, void *context, int32_t *order)
     unsigned char record[6] = {static_cast<unsigned char>(number)};
     const int32_t moved = ioRead(stream, record, *static_cast<int32_t *>(context), 0);
     *order += record[0] - number;
-    return moved > 0 ? moved : -number % 2;
+    return moved > 0 ? moved : number % 2 ? IO_FAILED : 0; // either ends the search
 }
 
 int32_t search(io_stream *stream, uint32_t count, uint32_t number, int32_t bytes, uint32_t *index)
 {
+    const uint32_t cache_size = number % 4 * 50; // none, or enough for some of the spans
     return ioBinSearch(stream, count, 6, reinterpret_cast<void *>(uintptr_t{number}), probe, &bytes,
-                       nullptr, number % 4 * 50, index);
+                       nullptr, cache_size, index);
+}
+
+// The records have the numbers 1, 7, 7, 19 and so on, at the start of the stream.
+TEST(BinSearch, HalvesByRelativeMoves)
+{
+    const std::tuple<uint32_t, uint32_t, int32_t, uint32_t, std::string> searches[] = {
+        {0, 1, 1, 99, ""},
+        {1, 1, 1, 0, "seek 0 1 -> 0, read 1 -> 1"},
+        {7, 1, 1, 0,
+         "seek 18 1 -> 18, read 1 -> 1, seek -13 1 -> 6, read 1 -> 1, seek -7 1 -> 0, read 1 -> 1"},
+        {4, 19, 6, 3,
+         "seek 6 1 -> 6, read 6 -> 6, seek 0 1 -> 12, read 6 -> 6, seek 0 1 -> 18, read 6 -> 6"},
+        {4, 19, 1, 99, "seek 6 1 -> 6, read 1 -> 1, seek 5 1 -> -1"},
+        {4, 7, 1, 1, "seek 6 1 -> 6, read 1 -> 1"},
+        {2, 7, 1, 99, "seek 0 1 -> 0, read 1 -> 0"},
+        {2, 8, 1, 99, "seek 0 1 -> 0, read 1 -> -1"},
+    };
+    for (const auto &[count, number, bytes, place, calls] : searches) {
+        scripted_stream s(numbers_from(1, 42));
+        s.data[12] = 7;
+        s.play(calls);
+        uint32_t index = 99;
+        EXPECT_EQ(search(&s, count, number, bytes, &index), place != 99);
+        EXPECT_EQ(index, place);
+        EXPECT_EQ(s.log, calls);
+        s.back = 0;
+        s.play(calls);
+        EXPECT_EQ(search(&s, count, number, bytes, nullptr), place != 99);
+        s.seek = nullptr;
+        EXPECT_EQ(search(&s, count, number, bytes, nullptr), 0);
+    }
 }
 
 // A table of 40 records with the numbers 6, 12 and so on, behind 5 other bytes.
@@ -168,15 +210,9 @@ TEST(BinSearch, EachRecordInMemoryAndInAFile)
                     EXPECT_EQ(search(stream, count, number, bytes, &index), there) << number;
                     EXPECT_EQ(index, there ? place - 1 : 99) << number << " among " << count;
                     const auto after = static_cast<int32_t>(number) - 1 + bytes;
-                    EXPECT_TRUE(!there || ioSeek(stream, 0, IO_FROM_CURRENT) == after);
+                    EXPECT_EQ(there ? ioSeek(stream, 0, IO_FROM_CURRENT) : after, after);
                 }
         }
-        ioSeek(stream, 245, IO_FROM_START);
-        EXPECT_FALSE(search(stream, 1, 6, 1, nullptr) || search(stream, 1, 7, 1, nullptr));
-        ioSeek(stream, 5, IO_FROM_START);
-        EXPECT_TRUE(search(stream, 1, 6, 6, nullptr) && search(stream, 1, 12, 1, nullptr));
-        stream->seek = nullptr;
-        EXPECT_FALSE(search(stream, 1, 13, 1, nullptr));
         ioFreeBuffer(stream);
     }
     fclose(made);
@@ -184,22 +220,17 @@ TEST(BinSearch, EachRecordInMemoryAndInAFile)
 
 TEST(Enhance, Pieces)
 {
-    std::string fifteen;
-    while (fifteen.size() < 15 * strlen("64000 -> 64000, "))
-        fifteen += "64000 -> 64000, ";
     const std::tuple<int32_t, int32_t, std::string> runs[] = {
         {-1, 0, ""},
         {0, 0, ""},
-        {1, 1, "1 -> 1"},
-        {63999, 63999, "63999 -> 63999"},
         {64000, 64000, "64000 -> 64000"},
         {64001, 64001, "64000 -> 64000, 1 -> 1"},
-        {1000000, 1000000, fifteen + "40000 -> 40000"},
+        {200000, 200000, "64000 -> 64000, 64000 -> 64000, 64000 -> 64000, 8000 -> 8000"},
         {200000, 64100, "64000 -> 64000, 64000 -> 100"},
         {65000, -1, "64000 -> 64000, 1000 -> 65535"},
         {128000, 129534, "64000 -> 65534, 64000 -> 64000"},
     };
-    scripted_stream s(byte_vector(1000000));
+    scripted_stream s(byte_vector(200000));
     const io_piece_proc proc = [](void *context, void *piece, uint16_t count) {
         auto &counter = *static_cast<scripted_stream *>(context);
         EXPECT_EQ(piece, counter.data.data() + counter.back);
@@ -214,29 +245,34 @@ TEST(Enhance, Pieces)
     }
 }
 
-// Rows of two elements of two bytes, times the numbers of two lists.
+// Rows of two or four elements of two bytes, times the numbers of two lists.
 TEST(Rows, OneTransferForEach)
 {
     const uint8_t first[] = {2, 3, 1}, second[] = {1, 2, 4};
-    const std::tuple<uint16_t, int32_t, std::string> transfers[] = {
-        {1 | MEM_STEP_FIRST, 1, "read 8 -> 8, read 12 -> 12, read 4 -> 4"},
-        {1 | MEM_STEP_FIRST, 0, "read 8 -> 8, read 12 -> 11"},
-        {1 | MEM_STEP_SECOND, 1, "write 8 -> 8, write 16 -> 16, write 32 -> 32"},
-        {1 | MEM_STEP_FIRST | MEM_STEP_SECOND, 1, "write 8 -> 8, write 24 -> 24, write 16 -> 16"},
+    const uint32_t longs[] = {2, 3, 1};
+    constexpr uint16_t step_both = MEM_STEP_FIRST | MEM_STEP_SECOND;
+    using row = std::tuple<uint16_t, const void *, const void *, uint16_t, int32_t, std::string>;
+    const row transfers[] = {
+        {2, first, second, 1 | MEM_STEP_FIRST, 1, "read 8 -> 8, read 12 -> 12, read 4 -> 4"},
+        {2, first, second, 1 | MEM_STEP_FIRST, 0, "read 8 -> 8, read 12 -> 11"},
+        {2, first, second, 1 | MEM_STEP_SECOND, 1, "write 8 -> 8, write 16 -> 16, write 32 -> 32"},
+        {2, first, second, 1 | step_both, 1, "write 8 -> 8, write 24 -> 24, write 16 -> 16"},
+        {4, nullptr, nullptr, 1 | step_both, 1, "write 8 -> 8, write 8 -> 8, write 8 -> 8"},
+        {2, longs, nullptr, 4 | step_both, 1, "write 8 -> 8, write 12 -> 12, write 4 -> 4"},
     };
     const auto other = static_cast<uint16_t>(2 | (memByteOrder() ^ MEM_ORDER_OTHER));
-    for (const auto &[flags, result, calls] : transfers) {
+    for (const auto &[unit, firsts, seconds, flags, result, calls] : transfers) {
         scripted_stream s(numbers_from(1, 60));
         byte_vector rows = numbers_from(101, 96);
         void *table[] = {&rows[64], &rows[32], &rows[0]};
         s.play(calls);
         const auto transfer = calls[0] == 'r' ? ioRead2D : ioWrite2D;
-        EXPECT_EQ(transfer(&s, table, 3, 2, first, second, flags, other), result);
+        EXPECT_EQ(transfer(&s, table, 3, unit, firsts, seconds, flags, other), result);
         EXPECT_EQ(s.log, calls);
         for (size_t i = 0; i < 16 && result; i++)
             EXPECT_EQ(s.data[i ^ 1], rows[i < 8 ? 64 + i : 24 + i]);
-        EXPECT_EQ(ioRead2D(&s, nullptr, 0, 2, first, second, flags, other), 1);
-        EXPECT_EQ(ioRead2D(&s, table, 1, 0, first, second, flags, other), 0);
+        EXPECT_EQ(ioRead2D(&s, nullptr, 0, 2, firsts, seconds, flags, other), 1);
+        EXPECT_EQ(ioRead2D(&s, table, 1, 0, firsts, seconds, flags, other), 0);
     }
 }
 
