@@ -1,5 +1,5 @@
-// The command line as the examples read it: options anywhere, in long and in short form, and all other
-// arguments in their order.
+// The command line as the examples read it: options anywhere, in long and in short form, and all
+// other arguments in their order.
 #ifndef TESSEL_EXAMPLES_COMMAND_LINE_H
 #define TESSEL_EXAMPLES_COMMAND_LINE_H
 
@@ -15,8 +15,7 @@ struct command_line {
     uint32_t option_count;
     // Takes the option of an entry. A false result ends the reading; the message has been written.
     bool (*take)(void *context, str_option &option, int32_t index);
-    const char *digit_advice = ""; // what to say behind an unknown option that is a digit
-    char **others = nullptr;       // the other arguments
+    char **others = nullptr; // the other arguments
     int count = 0;
 };
 
@@ -37,9 +36,7 @@ inline bool take_letter(const command_line &line, str_option &option, int32_t le
     const char *const place = letter > 0 ? strchr(line.short_options, letter) : nullptr;
     if (place)
         return line.take(context, option, static_cast<int32_t>(place - line.short_options));
-    const bool digit = letter >= '0' && letter <= '9';
-    fprintf(stderr, "%s: %s: unknown option -%c%s\n", line.program, option.current,
-            static_cast<char>(letter), digit ? line.digit_advice : "");
+    fprintf(stderr, "%s: %s: unknown option; -- ends the options\n", line.program, option.current);
     return false;
 }
 
@@ -64,8 +61,9 @@ inline bool read_command_line(command_line &line, char **arguments, void *contex
         case STROPT_ENTRY:
             good = line.take(context, option, result & STROPT_DETAIL_MASK);
             break;
-        case STROPT_ERROR:
-            if (!option.value || *option.value != '\0') {
+        case STROPT_ERROR: {
+            const bool end_of_options = option.value && *option.value == '\0';
+            if (!end_of_options) {
                 fprintf(stderr, "%s: %s: unknown option, or one that takes no value\n",
                         line.program, option.current);
                 return false;
@@ -75,6 +73,7 @@ inline bool read_command_line(command_line &line, char **arguments, void *contex
             while (char *const other = stroptGetString(&option))
                 line.others[line.count++] = other;
             return true;
+        }
         default:
             good = take_letter(line, option, result, context);
             break;

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace
@@ -36,6 +37,8 @@ enum { option_help, option_to, option_count };
 constexpr const char *long_options[option_count] = {"help", "= to"};
 constexpr const char *style_names[] = {"", "lf", "cr", "crlf", "", "", "", "lfcr"};
 
+constexpr char unreadable[] = "cannot be read, or there is not memory enough";
+
 struct request {
     int32_t to; // a style, or IOTEXT_NO_STYLE
     bool help;
@@ -53,55 +56,75 @@ bool convert(io_stream &output, io_stream &input, int32_t style)
            iotextConvert(&output, &input, static_cast<uint32_t>(style)) != IOTEXT_NO_STYLE;
 }
 
+enum class finding { same, differs, failed };
+
 // Where a converted text is held against the original.
 struct comparison {
     io_stream original;
-    bool same;
+    finding found;
 };
 
-// A back end that writes nothing. It fails at the first difference, which ends the conversion.
+// A back end that writes nothing. It fails from the first difference on, which ends the conversion.
 int32_t compare_bytes(io_stream *stream, const void *source, int32_t bytes)
 {
     comparison &made = *reinterpret_cast<comparison *>(stream->handle);
-    const void *const view = ioLockBuffer(&made.original, bytes, IO_LOCK_READ | IO_LOCK_EXACTLY);
-    made.same = view && memcmp(view, source, static_cast<size_t>(bytes)) == 0;
-    if (!made.same)
-        return IO_FAILED;
-    ioUnlockBuffer(&made.original, static_cast<const char *>(view) + bytes);
-    return bytes;
+    const char *const text = static_cast<const char *>(source);
+    int32_t length;
+    for (int32_t done = 0; done < bytes && made.found == finding::same; done += length) {
+        int32_t visible = 0;
+        const void *const view =
+            ioLockBuffer(&made.original, reinterpret_cast<intptr_t>(&visible), IO_LOCK_READ);
+        length = std::min(visible, bytes - done);
+        if (!view)
+            made.found = finding::failed;
+        else if (length == 0 || memcmp(view, text + done, static_cast<size_t>(length)) != 0)
+            made.found = finding::differs;
+        else
+            ioUnlockBuffer(&made.original, static_cast<const char *>(view) + length);
+    }
+    return made.found == finding::same ? bytes : IO_FAILED;
 }
 
-// Finds out whether all line ends of a file are of one style: then converting to it changes nothing.
-bool has_style(const char *path, io_stream &input, int32_t style, bool &same)
+// Finds out whether all line ends of a file are of one style: then converting to it changes
+// nothing.
+finding compare_style(const char *path, io_stream &input, int32_t style)
 {
-    comparison made = {{}, true};
+    comparison made = {{}, finding::same};
     if (!open_to_read(made.original, path))
-        return false;
+        return finding::failed;
     io_stream output = {};
     output.write = compare_bytes;
     output.handle = reinterpret_cast<intptr_t>(&made);
     const bool converted = convert(output, input, style);
     ioFreeBuffer(&output); // what it still holds is compared now
-    char more;             // than the converted text
-    same = made.same && ioRead(&made.original, &more, 1, 0) == 0;
+    if (made.found == finding::same) {
+        char more; // than the converted text
+        const int32_t got = converted ? ioRead(&made.original, &more, 1, 0) : IO_FAILED;
+        if (got != 0)
+            made.found = got == 1 ? finding::differs : finding::failed;
+    }
     close_file(made.original);
-    return converted || !made.same;
+    return made.found;
 }
 
 bool say(const char *path, io_stream &input)
 {
     const int32_t first = iotextFormat(&input, nullptr);
-    if (first == IOTEXT_NO_LINE_END)
-        return printf("%s: none\n", path) > 0;
-    bool same;
-    if (first == IOTEXT_NO_STYLE || ioSeek(&input, 0, IO_FROM_START) != 0 ||
-        !has_style(path, input, first, same))
-        return complain(path, "cannot be read");
-    printf(same ? "%s: %s\n" : "%s: mixed, %s first\n", path, style_names[first]);
+    if (first == IOTEXT_NO_LINE_END) {
+        printf("%s: none\n", path);
+        return true;
+    }
+    if (first == IOTEXT_NO_STYLE || ioSeek(&input, 0, IO_FROM_START) != 0)
+        return complain(path, unreadable);
+    const finding found = compare_style(path, input, first);
+    if (found == finding::failed)
+        return complain(path, unreadable);
+    printf(found == finding::same ? "%s: %s\n" : "%s: mixed, %s first\n", path, style_names[first]);
     return true;
 }
 
-// The new file while it is being written, or null. It goes, whatever ends the program.
+// The new file while it is being written, or null. It goes with the program, whichever of the
+// signals that main() catches ends that.
 const char *volatile unfinished;
 
 void remove_unfinished(int number)
@@ -112,19 +135,31 @@ void remove_unfinished(int number)
     raise(number);
 }
 
+// Makes the new file from a template of its name. A signal waits until the name is known.
+int make_unfinished(char *name)
+{
+    sigset_t all, before;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &before);
+    const int descriptor = mkstemp(name);
+    if (descriptor != -1)
+        unfinished = name;
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return descriptor;
+}
+
 // Writes a file anew, beside it, and puts the new file in its place.
 bool replace(const char *path, mode_t mode, io_stream &input, int32_t style)
 {
     constexpr mode_t permissions = 07777;
     char name[PATH_MAX];
     const int length = snprintf(name, sizeof name, "%s.XXXXXX", path);
-    io_stream output = {};
-    output.write = fileWrite;
-    output.handle = length < PATH_MAX ? mkstemp(name) : -1;
-    const int descriptor = static_cast<int>(output.handle);
+    const int descriptor = length < PATH_MAX ? make_unfinished(name) : -1;
     if (descriptor == -1)
         return false;
-    unfinished = name;
+    io_stream output = {};
+    output.write = fileWrite;
+    output.handle = descriptor;
     bool good = convert(output, input, style) && ioFlushBuffer(&output) &&
                 fchmod(descriptor, mode & permissions) == 0 && fsync(descriptor) == 0;
     ioResetBuffer(&output); // or bytes that cannot be written would keep the file open
@@ -137,11 +172,11 @@ bool replace(const char *path, mode_t mode, io_stream &input, int32_t style)
 
 bool change(const char *path, mode_t mode, io_stream &input, int32_t style)
 {
-    bool same;
-    if (!has_style(path, input, style, same) || ioSeek(&input, 0, IO_FROM_START) != 0)
-        return complain(path, "cannot be read");
-    if (same)
+    const finding found = compare_style(path, input, style);
+    if (found == finding::same)
         return true;
+    if (found == finding::failed || ioSeek(&input, 0, IO_FROM_START) != 0)
+        return complain(path, unreadable);
     char target[PATH_MAX]; // a link stays one
     if (realpath(path, target) && access(target, W_OK) == 0 && replace(target, mode, input, style))
         return true;
@@ -163,8 +198,10 @@ bool treat(const char *path, int32_t to)
 bool take_option(void *context, str_option &option, int32_t index)
 {
     request &wanted = *static_cast<request *>(context);
-    if (index == option_help)
-        return wanted.help = true;
+    if (index == option_help) {
+        wanted.help = true;
+        return true;
+    }
     const char *const name = option_value(option, "eol", "a style");
     for (const int32_t style : {IOTEXT_LF, IOTEXT_CRLF, IOTEXT_CR, IOTEXT_LFCR}) {
         if (name && strcmp(name, style_names[style]) == 0) {
@@ -189,7 +226,7 @@ int main(int, char **argv)
         fputs("eol: no file given; eol --help tells more\n", stderr);
         return exit_usage;
     }
-    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXFSZ}) {
         if (signal(number, remove_unfinished) == SIG_IGN)
             signal(number, SIG_IGN);
     }

@@ -180,8 +180,7 @@ int main(int, char **argv)
     request wanted = {};
     wanted.from = 10;
     wanted.to = 10;
-    command_line line = {"radix",      long_options, short_options,
-                         option_count, take_option,  "; a negative number goes behind --"};
+    command_line line = {"radix", long_options, short_options, option_count, take_option};
     if (!read_command_line(line, argv, &wanted))
         return exit_failed;
     bool good = true;

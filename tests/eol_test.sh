@@ -38,9 +38,11 @@ row 'a\n' 'eol: .: no regular file that can be opened' 1 'a\r' --to cr . f
 row 'a\n' 'eol: no file given; eol --help tells more' 2 '' --to cr
 row 'a\n' 'eol: LF: not a style; these are lf, crlf, cr and lfcr' 2 '' f --to LF
 row 'a\n' 'eol: --to: a style must follow' 2 '' f --to
-row 'a\n' 'eol: -x: unknown option -x' 2 '' -x f
+row 'a\n' 'eol: -x: unknown option; -- ends the options' 2 '' -x f
 
-# Where a new file may not grow longer than the old one, that stays as it is, and alone.
-ulimit -f 2 && trap '' XFSZ
-row "$(printf '%01023d\\n' 0)" 'eol: f: cannot be changed, and is as it was' 1 '' --to crlf f
+# Where a signal or a failure keeps a new file from growing, the old one stays as it is, and alone.
+ulimit -c 0 && ulimit -f 128
+row "$(printf '%065535d\\n' 0)" '' 153 '' --to crlf f
+trap '' XFSZ
+row "$(printf '%065535d\\n' 0)" 'eol: f: cannot be changed, and is as it was' 1 '' --to crlf f
 exit $failed

@@ -187,16 +187,15 @@ TEST(LineEnds, FirstLineEnd)
         {"\n\nb", 9, 1, 2},   {"a\nb", 0, 0, 0}, {"a\nb", 1, 0, 1},  {"a\nb", 2, 0, -1}};
     for (const auto &[text, fails, result, expected] : rows)
         for (const int32_t capacity : {0, 1, 40}) {
-            SCOPED_TRACE(text + " through " + std::to_string(capacity));
             scripted_stream s(byte_vector(text.begin(), text.end()));
             EXPECT_TRUE(!capacity || ioAllocBuffer(&s, capacity));
             s.script.assign(static_cast<size_t>(fails), fails < 9 ? 1 : INT32_MAX);
             s.script.push_back(IO_FAILED);
             int32_t length = -1;
-            EXPECT_EQ(iotextFormat(&s, capacity ? &length : nullptr), result);
-            EXPECT_EQ(length, capacity ? expected : -1);
+            EXPECT_EQ(iotextFormat(&s, capacity ? &length : nullptr), result) << text << capacity;
+            EXPECT_EQ(length, capacity ? expected : -1) << text << capacity;
             s.script.clear();
-            EXPECT_EQ(ioSeek(&s, 0, IO_FROM_CURRENT), fails < 9 ? fails : expected);
+            EXPECT_EQ(ioSeek(&s, 0, IO_FROM_CURRENT), fails < 9 ? fails : expected) << text;
         }
 }
 } // namespace

@@ -33,7 +33,7 @@ row '' '' '-1: does not fit 64 bits without a sign' -u -- -1
 row '' '' '3w5e11264sgsg: does not fit 64 bits without a sign' -uf36 3w5e11264sgsg
 row '' '3 4' '12x: not a number in radix 10' 3 12x 4
 row '3 - 7' '3 7' '-: not a number in radix 8' -f 8
-row '' '' '-u1: unknown option -1; a negative number goes behind --' 5 -u1
+row '' '' '-u1: unknown option; -- ends the options' 5 -u1
 row '' '' '--unsigned=1: unknown option, or one that takes no value' --unsigned=1
 row '' '' '-: unknown option, or one that takes no value' -
 row '' '' '--from: a radix must follow' --from
