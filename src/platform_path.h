@@ -31,10 +31,10 @@ inline bool platform_is_there(const char *path)
     return lstat(path, &status) == 0;
 }
 
-// Reads those backslashes of `original` as slashes, in `path`, a copy of it, that lead to something.
-// Each is taken for the end of a directory's name first, and for part of a name where nothing is
-// found so. Links could let the number of readings grow beyond all bounds. If none is found the copy
-// is left with some slashes.
+// Reads those backslashes of `original` as slashes, in `path`, a copy of it, that lead to
+// something. Each is taken for the end of a directory's name first, and for part of a name where
+// nothing is found so. Links could let the number of readings grow beyond all bounds. If none is
+// found the copy is left with some slashes.
 inline bool platform_find_reading(char *path, const char *original)
 {
     constexpr int most_looks = 1000;

@@ -7,8 +7,8 @@
  *
  * Paths are the system's own. Where its separator is the slash alone, the library still joins some
  * paths with backslashes, and takes them: a path that names nothing as it stands is read with its
- * backslashes as slashes. A backslash may be part of a name, though. Where the path names nothing so
- * either, a reading with fewer slashes is tried, the one with the most in front first; after a
+ * backslashes as slashes. A backslash may be part of a name, though. Where the path names nothing
+ * so either, a reading with fewer slashes is tried, the one with the most in front first; after a
  * thousand looks, and for a path of 4096 bytes or more, the search is given up. fileOpen(),
  * fileCopy() and fileTrace() read paths in the same way.
  */

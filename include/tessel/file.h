@@ -143,7 +143,7 @@ TESSEL_API int32_t fileCopy(const char *target, const char *source, int32_t targ
 
 typedef struct file_trace file_trace;
 
-/** What a walk tells of the entry that it reports; the caller's, which may have fields behind it. */
+/** What a walk tells of the entry that it reports; the caller's, who may have fields behind it. */
 struct file_trace {
     int32_t kind;     /**< library: FILE_TRACE_IS_FILE or FILE_TRACE_IS_DIRECTORY */
     const char *name; /**< library: the entry's name, without a path; holds for the callback */
@@ -192,8 +192,8 @@ typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
  * @param record    null, or the record that the callback gets. Its `kind` is FILE_TRACE_IS_FILE
  *                  afterwards, unless the callback ended the walk at a directory
  * @param flags     FILE_TRACE_ENTER, FILE_TRACE_DIRECTORIES
- * @return 1 after the whole walk; otherwise what the callback gave, or 0 when the start could not be
- *         opened or memory for an entry ran out. A directory that cannot be examined, or for which
+ * @return 1 after the whole walk; otherwise what the callback gave, or 0 when the start could not
+ *         be opened or memory for an entry ran out. A directory that cannot be examined, or for which
  *         memory ran out, is reported as a file; one that cannot be listed counts as empty
  */
 TESSEL_API int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record,
