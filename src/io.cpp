@@ -140,10 +140,11 @@ static int32_t request_bytes(int32_t count, uint32_t descriptor)
 }
 
 // One above the request: only a request that is smaller than the capacity refills an empty buffer
-// or writes out a full one.
+// or writes out a full one. A sum rather than a choice: with a path of its own for the largest
+// request, gcc for 32-bit systems warns of copies that take up more than all memory.
 static int32_t request_threshold(int32_t request)
 {
-    return request < INT32_MAX ? request + 1 : INT32_MAX;
+    return request + (request < INT32_MAX);
 }
 
 // Elements that `bytes` hold whole. Most transfers move all that was asked for, which spares them
