@@ -1,8 +1,11 @@
 #!/bin/sh
-# Runs the example eol, whose program is the argument, on a file and a link to it in a directory of
-# their own. Compares what it prints, its exit code, the text and permissions of the file and what
-# lies in the directory with a table.
+# Runs the example eol, whose program is the first argument, on a file and a link to it in a directory
+# of their own. Compares what it prints, its exit code, the text and permissions of the file and what
+# lies in the directory with a table. Further arguments are the command that runs programs of its kind
+# where they do not run by themselves.
 eol=$1
+shift
+emulator=$*
 failed=0
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
@@ -14,7 +17,7 @@ row() {
   printf "$1" >f && chmod 640 f
   want="$2 | $3 | $(printf "${4:-$1}" | od -c) 640 f link"
   shift 4
-  output=$("$eol" "$@" 2>&1)
+  output=$($emulator "$eol" "$@" 2>&1)
   code=$?
   got="$(echo $output) | $code | $(od -c <f) $(stat -c %a f) $(echo *)"
   [ "$got" = "$want" ] && [ -L link ] && return

@@ -1,8 +1,11 @@
 #!/bin/sh
-# Runs the examples tree and copy, whose programs are the arguments, in a directory of their own,
-# and compares what they print, their exit codes and the copies with tables.
+# Runs the examples tree and copy, whose programs are the first arguments, in a directory of their
+# own, and compares what they print, their exit codes and the copies with tables. Further arguments
+# are the command that runs programs of their kind where they do not run by themselves.
 tree=$1
 copy=$2
+shift 2
+emulator=$*
 failed=0
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
@@ -21,7 +24,7 @@ check() {
 row() {
   want=$1
   shift
-  got="$("$tree" "$@" 2>&1 | LC_ALL=C sort | tr '\n' ';')"
+  got="$($emulator "$tree" "$@" 2>&1 | LC_ALL=C sort | tr '\n' ';')"
   check "$want" "$got" "tree $*"
 }
 
@@ -36,7 +39,7 @@ row 'tree: t: one directory at a time;' . t
 copies() {
   want="$1 $2 $3"
   shift 3
-  output=$("$copy" "$@" 2>&1)
+  output=$($emulator "$copy" "$@" 2>&1)
   check "$want" "$? $(cat target) $output" "copy $*"
 }
 
