@@ -90,6 +90,33 @@ check() {
   fi
 }
 
+# stage COMMAND... runs what closes with its count, and adds that up.
+stage() {
+  local output status counts
+  output=$(mktemp)
+  "$@" 2>&1 | tee "$output"
+  status=${PIPESTATUS[0]}
+  counts=$(tail -n 1 "$output" | sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p')
+  rm -f "$output"
+  if [ -z "$counts" ]; then
+    tests_failed=$((tests_failed + 1))
+    return
+  fi
+  tests_passed=$((tests_passed + ${counts% *}))
+  tests_failed=$((tests_failed + ${counts#* }))
+  # A stage that fails without a failed test has failed all the same.
+  if [ "$status" -ne 0 ] && [ "${counts#* }" -eq 0 ]; then
+    tests_failed=$((tests_failed + 1))
+  fi
+}
+
+# only_libc LIBRARY tells whether that is all that a shared library needs.
+only_libc() {
+  local needed
+  needed=$(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+  [ "$needed" = libc.so.6 ] || { echo "needs: $needed"; false; }
+}
+
 # The names that the headers declare as exported.
 declared() {
   grep -hE '^TESSEL_API ' include/tessel/*.h |
