@@ -153,7 +153,7 @@ TEST(FileCopy, CopiesMoreThanPositionsCount)
     EXPECT_EQ(
         fileCopy(source.c_str(), target.c_str(), -1, 0, 0, nullptr, 64, 0x100, nullptr, nullptr),
         IO_FAILED);
-    EXPECT_EQ(read_file(target), std::string(size - 4 - INT32_MAX, '\0') + "tail");
+    EXPECT_EQ(read_file(target), std::string(size - 4 - INT32_MAX, '\0').append("tail"));
 }
 #endif
 
