@@ -120,22 +120,6 @@ TEST(Array2D, WhatIsTooBigIsNotAllocated)
     EXPECT_EQ(heap.held, 0);
 }
 
-TEST(Array2D, NoBlockRemainsWhereverAllocationFails)
-{
-    const std::array<int8_t, 4> lengths = {3, 1, 0, 2};
-    for (int fail_at = 0; fail_at <= 5; fail_at++) {
-        heap = {true, fail_at, 0, 0};
-        void *const table = memAlloc2DExt(4, 8, lengths.data(), nullptr, 1 | MEM_STEP_FIRST);
-        EXPECT_EQ(table != nullptr, fail_at == 5);
-        EXPECT_EQ(heap.held, table ? 5 : 0) << "after a failure at " << fail_at;
-        memFree2DExt(table, 4);
-        EXPECT_EQ(heap.held, 0);
-    }
-    heap = {true, 0, 0, 0};
-    EXPECT_EQ(memAlloc2D(4, 8, nullptr, nullptr, 0), nullptr);
-    heap = {};
-}
-
 TEST(LongRun, StepsUntilNothingRemains)
 {
     uintptr_t position = UINTPTR_MAX; // as wide as a pointer, and wraps like one

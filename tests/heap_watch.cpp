@@ -6,17 +6,37 @@
 
 extern "C" {
 void *__real_malloc(size_t size);
+void *__real_realloc(void *block, size_t size);
 void __real_free(void *block);
+
+static bool fails_now(size_t size)
+{
+    heap.last_size = size;
+    if (!heap.fails || heap.spared-- > 0)
+        return false;
+    heap.fails = !heap.once;
+    return true;
+}
 
 void *__wrap_malloc(size_t size)
 {
-    const bool failing = heap.fails && heap.spared-- <= 0;
-    void *const block = failing ? nullptr : __real_malloc(size);
-    if (!block)
-        return nullptr;
-    heap.held++;
-    heap.last_size = size;
-    return memset(block, heap_pattern, size);
+    void *const block = fails_now(size) ? nullptr : __real_malloc(size);
+    heap.held += block != nullptr;
+    return block ? memset(block, heap_pattern, size) : nullptr;
+}
+
+// The compiler may make this of a call of malloc and one of memset.
+void *__wrap_calloc(size_t count, size_t size)
+{
+    void *const block = __wrap_malloc(count * size);
+    return block ? memset(block, 0, count * size) : nullptr;
+}
+
+void *__wrap_realloc(void *old, size_t size)
+{
+    void *const block = fails_now(size) ? nullptr : __real_realloc(old, size);
+    heap.held += block && !old;
+    return block;
 }
 
 void __wrap_free(void *block)

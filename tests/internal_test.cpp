@@ -34,18 +34,4 @@ TEST(StandardFiles, ReadWriteAndSeek)
     fclose(file);
 }
 
-TEST(TransferHeap, WorkBlock)
-{
-    char text[9] = {}, copy[9], room[4];
-    io_memory from = {9, 0, text}, to = {9, 0, copy};
-    io_stream in = {memRead, nullptr, nullptr, reinterpret_cast<intptr_t>(&from), nullptr, 0};
-    io_stream out = {nullptr, memWrite, nullptr, reinterpret_cast<intptr_t>(&to), nullptr, 0};
-    heap = {true, 0, 0, 0};
-    EXPECT_EQ(ioTransfer(&out, &in, 0, nullptr, 4, nullptr, nullptr), IO_NO_MEMORY);
-    EXPECT_EQ(ioTransfer(&out, &in, 4, room, 4, nullptr, nullptr), IO_COPIED);
-    heap = {};
-    EXPECT_EQ(ioTransfer(&out, &in, 0, nullptr, 4, nullptr, nullptr), IO_COPIED);
-    EXPECT_TRUE(to.position == 9 && heap.held == 0 && heap.last_size == 4);
-}
-
 } // namespace

@@ -165,17 +165,6 @@ TEST(LineEnds, Conversions)
             EXPECT_EQ(iotextWriteString(&plain, text.c_str()), text != "");
             EXPECT_EQ(text_of(plain.data), text.c_str());
         }
-    // A write and a read that fail.
-    scripted_stream in({'a', 'b', '\n', 'c'}), out;
-    out.script = {1, 1, 1, 0};
-    EXPECT_EQ(iotextConvert(&out, &in, IOTEXT_CRLF), IOTEXT_NO_STYLE);
-    EXPECT_EQ(text_of(out.data) + std::to_string(in.back), "ab\r3");
-    in.script = {1, IO_FAILED};
-    EXPECT_EQ(iotextConvert(&out, &in, IOTEXT_CRLF), IOTEXT_NO_STYLE);
-    out.script = {1, 0, 1};
-    EXPECT_EQ(iotextWrite(&out, "xyz", IOTEXT_CRLF), 0);
-    EXPECT_EQ(iotextWriteString(&out, "xyz"), 0);
-    EXPECT_EQ(text_of(out.data), "ab\rcxx");
 }
 
 TEST(LineEnds, FirstLineEnd)

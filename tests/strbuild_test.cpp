@@ -106,22 +106,6 @@ TEST(StringBuilding, Inserts)
     EXPECT_EQ(strAppend(text, "d", sizeof text, nullptr), nullptr);
 }
 
-TEST(StringBuilding, NoMemory)
-{
-    heap = {};
-    char *const text = strCopy(nullptr, "abc", 0);
-    heap.fails = true;
-    EXPECT_EQ(strCopy(nullptr, "abc", 0), nullptr);
-    EXPECT_EQ(strUnion(nullptr, "abc", "d", 0), nullptr);
-    int32_t room = 10;
-    EXPECT_EQ(strAppend(text, "d", 4, &room), nullptr);
-    heap.fails = false;
-    EXPECT_EQ(room, 15);
-    EXPECT_STREQ(text, "abc");
-    memFree(text);
-    EXPECT_EQ(heap.held, 0);
-}
-
 TEST(StringComparison, FindsInLists)
 {
     const char colours[] = "red\0green\0blue\0";
