@@ -325,7 +325,10 @@ char *strGetCompatiblePath(char *path)
 
 int32_t strAppendDirectorySeparator(char *path)
 {
-    const int32_t length = static_cast<int32_t>(strlen(path));
+    const size_t measured = strlen(path);
+    if (measured >= INT32_MAX)
+        return -1;
+    const int32_t length = static_cast<int32_t>(measured);
     if (length == 0 || strchr(str_dirsep_token, path[length - 1]))
         return length;
     const char *const behind = strBackwardToken(path, length, "\\/", STR_KEEP);

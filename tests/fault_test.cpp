@@ -108,6 +108,10 @@ bool run_out_of_memory(const temp_dir &dir, int allocation, bool once)
     attempt(1, {0},
             [&] { return ioSeek(&in, 1, 0) * made(string = ioReadString(&in, nullptr, 0, 1)); });
     attempt(1, {0}, [&] { return made(ioLockBuffer(&in, 4, IO_LOCK_EXACTLY)); });
+    // More than a buffer can hold, where a word can say so.
+    if constexpr (constexpr intptr_t much = INTPTR_MAX / 4; much > INT32_MAX) {
+        EXPECT_FALSE(ioLockBuffer(&in, much, IO_LOCK_EXACTLY));
+    }
     attempt(1, {0}, [&] { return made(ioLockBuffer(&out, 9, IO_LOCK_WRITE | IO_LOCK_EXACTLY)); });
     attempt(0, {IO_NO_MEMORY},
             [&] { return ioTransfer(&out, &in, 0, nullptr, 900, nullptr, nullptr); });

@@ -194,7 +194,8 @@ typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
  * @param flags     FILE_TRACE_ENTER, FILE_TRACE_DIRECTORIES
  * @return 1 after the whole walk; otherwise what the callback gave, or 0 when the start could not
  *         be opened or memory for an entry ran out. A directory that cannot be examined, or for which
- *         memory ran out, is reported as a file; one that cannot be listed counts as empty
+ *         memory ran out, is reported as a file; one that cannot be listed counts as empty,
+ *         or as ending where the listing fails
  */
 TESSEL_API int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record,
                              uint32_t flags);

@@ -291,8 +291,9 @@ TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t 
  * where that is needed to make the number visible.
  *
  * @param stream  an io_stream; one without a buffer gets one of 512 bytes or more
- * @param size    with IO_LOCK_EXACTLY the number of bytes. Otherwise the address of an int32_t that
- *                receives the bytes visible and, with IO_LOCK_AT_LEAST, holds the number wanted
+ * @param size    with IO_LOCK_EXACTLY the number of bytes, below 2 GiB. Otherwise the address of an
+ *                int32_t that receives the bytes visible and, with IO_LOCK_AT_LEAST, holds the
+ *                number wanted
  * @param flags   lock flags
  * @return the next unread byte, or with IO_LOCK_WRITE the next free one; 0 bytes visible mean the
  *         end of the data. Null when the back end failed or lacks the procedure, memory ran out or

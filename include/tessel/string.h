@@ -189,7 +189,7 @@ TESSEL_API char *strGetCompatiblePath(char *path);
  * of slash that it already uses, the last one counting; one without any gets a backslash.
  *
  * @param path  the path, in a buffer with room for one more character; an empty one stays empty
- * @return its length now
+ * @return its length now; -1 for a path of 2 GiB or more, which is left as it is
  */
 TESSEL_API int32_t strAppendDirectorySeparator(char *path);
 
