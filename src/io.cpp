@@ -404,9 +404,9 @@ void *ioLockBuffer(void *context, intptr_t size, uint32_t flags)
     if (flags & IO_LOCK_WRITE ? !stream->write : !stream->read)
         return nullptr;
     const bool exactly = flags & IO_LOCK_EXACTLY;
-    if (exactly && int64_t{size} > INT32_MAX)
-        return nullptr;
     const int32_t number = exactly ? static_cast<int32_t>(size) : 0;
+    if (exactly && number != size)
+        return nullptr;
     if (!stream->buffer && !ioAllocBuffer(stream, wrap_negate(number)))
         return nullptr;
 
