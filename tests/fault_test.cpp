@@ -5,8 +5,6 @@
 #include "scripted_stream.h"
 #include "temp_dir.h"
 
-#include <set>
-
 #ifndef _WIN32
 #include <signal.h>
 #include <sys/resource.h>
@@ -18,13 +16,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-const bintree_compare_proc behind = [](const bintree_node *, const void *) { return int32_t{-1}; };
-const bintree_compare_proc last = [](const bintree_node *node, const void *) {
-    return node->child[1] ? -1 : 0;
-};
-const bintree_visit_proc pass = [](bintree_node *, void *) { return int32_t{0}; };
-const file_trace_proc go_on = [](const char *, file_trace *) { return int32_t{1}; };
 
 int32_t made(const void *block)
 {
@@ -38,100 +29,173 @@ int32_t copy_file(const std::string &target, const std::string &source,
                     context);
 }
 
-// One of the allocations of a long row of operations fails, or all from it on until the operation
-// has ended. Then that operation has a result that is known, has changed nothing and succeeds when
-// it is tried again. Gives whether there was such an allocation.
-bool run_out_of_memory(const temp_dir &dir, int allocation, bool once)
+int32_t pass(bintree_node *, void *)
 {
-    heap = {};
-    bool met = false;
-    int spared = allocation;
-    list_node *list = nullptr;
-    list_dnode *ring = nullptr;
-    bintree_node *tree = nullptr, *chain = nullptr, *node;
-    constexpr uint32_t kind = BINTREE_BALANCED;
-    bintree_step step;
-    bintree_path path = {&step, 0, kind | BINTREE_GROW | 0x100, 0, 0};
-    scripted_stream in({'.', 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}), out;
-    char *word = strCopy(nullptr, "abc", 0), *string;
-    void *table;
-    int32_t room = 10;
-
-    const auto look = [&] {
-        EXPECT_EQ(bintreeCheckBalance(tree, pass, nullptr), 0);
-        EXPECT_TRUE(!ring || (ring->next->prev == ring && ring->prev->next == ring));
-        std::string all = word + std::to_string(bintreeCount(chain));
-        for (const int32_t number : {bintreeCount(tree), listCount(list), listCNCount(ring),
-                                     in.buffer ? in.buffer->size : 0, made(out.buffer),
-                                     heap.held - made(path.flags & 4 ? &path : 0)})
-            (all += ' ') += std::to_string(number);
-        return all;
-    };
-    const auto attempt = [&](int32_t good, const std::set<int32_t> &failures, auto operation) {
-        const std::string before = look();
-        heap = {!met, spared, heap.held, 0, once};
-        int32_t result = operation();
-        heap.fails = false;
-        EXPECT_TRUE(met || heap.spared < spared) << "nothing is allocated";
-        spared = heap.spared;
-        if (!met && spared < 0) {
-            met = true;
-            EXPECT_TRUE(failures.count(result)) << result << " at allocation " << allocation;
-            EXPECT_EQ(look(), before) << "at allocation " << allocation;
-            result = operation();
-        }
-        EXPECT_EQ(result, good) << "behind allocation " << allocation;
-    };
-
-    attempt(1, {0}, [&] { return made(listCreate(&list, list, sizeof *list)); });
-    for (int i = 0; i < 2; i++)
-        attempt(1, {0}, [&] { return made(listDNCreate(&ring, ring, sizeof *ring, LIST_RING)); });
-    for (int i = 0; i < 12; i++)
-        attempt(0, {BINTREE_NO_ROOM, BINTREE_NO_MEMORY}, [&] {
-            return i % 3 ? bintreeCreate(&node, &tree, nullptr, behind, &path, sizeof *node, 0)
-                         : bintreeCreateExt(&node, &tree, nullptr, behind, sizeof *node, kind);
-        });
-    // Deep enough for a path that grows twice.
-    for (int i = 0; i < 35; i++)
-        bintreeCreateExt(&node, &chain, nullptr, behind, sizeof *node, 0);
-    attempt(0, {BINTREE_NO_ROOM}, [&] { return bintreeRemoveExt(&chain, nullptr, last, 0); });
-    attempt(0, {BINTREE_NO_ROOM}, [&] { return bintreeTraverse(tree, pass, nullptr, 2); });
-    attempt(5, {BINTREE_FAILED}, [&] { return bintreeGetHeight(tree); });
-    attempt(12, {1, 2, 3, 4}, [&] { return bintreeCount(tree); });
-    attempt(1, {0}, [&] { return made(bintreeFindInt4(tree, 0, 2 * sizeof(void *))); });
-    attempt(0, {-1, 0, 1, 2, 3}, [&] { return bintreeCheckBalance(tree->child[0], pass, 0); });
-
-    attempt(1, {0}, [&] { return made(table = memAlloc2DExt(3, 4, nullptr, nullptr, 0)); });
-    attempt(1, {0}, [&] { return made(string = strAppend(word, "d", 4, &room)); });
-    word = std::exchange(string, nullptr);
-    attempt(1, {0}, [&] { return ioAllocBuffer(&in, 2); });
-    attempt(1, {0},
-            [&] { return ioSeek(&in, 1, 0) * made(string = ioReadString(&in, nullptr, 0, 1)); });
-    attempt(1, {0}, [&] { return made(ioLockBuffer(&in, 4, IO_LOCK_EXACTLY)); });
-    // More than a buffer can hold, where a word can say so.
-    if constexpr (constexpr intptr_t much = INTPTR_MAX / 4; much > INT32_MAX) {
-        EXPECT_FALSE(ioLockBuffer(&in, much, IO_LOCK_EXACTLY));
-    }
-    attempt(1, {0}, [&] { return made(ioLockBuffer(&out, 9, IO_LOCK_WRITE | IO_LOCK_EXACTLY)); });
-    attempt(0, {IO_NO_MEMORY},
-            [&] { return ioTransfer(&out, &in, 0, nullptr, 900, nullptr, nullptr); });
-    attempt(0, {IO_NO_MEMORY}, [&] { return copy_file(dir.at("copy"), dir.at("file")); });
-    attempt(1, {0, 1}, [&] { return fileTrace(dir.at("a").c_str(), go_on, nullptr, 3); });
-
-    memFree2DExt(table, 3);
-    memFree(word);
-    memFree(string);
-    memFree(path.steps);
-    memReset(&in.buffer);
-    memReset(&out.buffer);
-    bintreeClear(&tree);
-    bintreeClear(&chain);
-    listClear(&list);
-    listCNClear(&ring);
-    EXPECT_EQ(heap.held, 0) << "behind allocation " << allocation;
-    return met;
+    return 0;
 }
 
+int32_t go_on(const char *, file_trace *)
+{
+    return FILE_TRACE_GO_ON;
+}
+
+// Ways through a chain of children[1]: behind its end; to the node that has both children, which
+// stands in front of the last one; and to that node's place for a smaller key.
+int32_t to_end(const bintree_node *, const void *)
+{
+    return -1;
+}
+
+int32_t to_pair(const bintree_node *node, const void *)
+{
+    return node->child[0] ? 0 : -1;
+}
+
+int32_t to_gap(const bintree_node *node, const void *)
+{
+    return node->child[1]->child[1] ? -1 : 1;
+}
+
+// What operations work on. A search to the end of the chain takes one step more than the first
+// growth of a path gives; a search for the pair does not, but its removal does.
+struct world {
+    const temp_dir &dir;
+    bintree_node *tree = nullptr, *chain = nullptr, *node = nullptr, *found;
+    list_node *list = nullptr;
+    list_dnode *ring = nullptr;
+    bintree_path path = {nullptr, -1, BINTREE_GROW, 0, 0};
+    scripted_stream in{{'\'', 'b', '\'', 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}}, out;
+    io_source source = {&in, ioLockBuffer, ioUnlockBuffer};
+    char *text = strCopy(nullptr, "abc", 0), room[8] = "";
+    void *block = nullptr;
+    int32_t extra = 10;
+
+    explicit world(const temp_dir &directory) : dir(directory)
+    {
+        for (int i = 0; i < 4; i++)
+            bintreeCreateExt(&node, &tree, nullptr, to_end, sizeof *node, BINTREE_BALANCED);
+        for (int i = 0; i < 33; i++)
+            bintreeCreateExt(&node, &chain, nullptr, to_end, sizeof *node, BINTREE_ZERO);
+        bintreeCreateExt(&node, &chain, nullptr, to_gap, sizeof *node, BINTREE_ZERO);
+        node = static_cast<bintree_node *>(memAlloc(sizeof *node));
+        ioAllocBuffer(&out, 2);
+    }
+    ~world()
+    {
+        for (void *const own : {static_cast<void *>(text), static_cast<void *>(node), block,
+                                static_cast<void *>(path.steps)})
+            memFree(own);
+        memReset(&in.buffer);
+        memReset(&out.buffer);
+        bintreeClear(&tree);
+        bintreeClear(&chain);
+        listClear(&list);
+        listCNClear(&ring);
+        EXPECT_EQ(heap.held, 0);
+    }
+    // Nodes that are linked are the trees', others the caller's.
+    int32_t add(int32_t result)
+    {
+        node = result == BINTREE_DONE ? nullptr : node;
+        return result;
+    }
+    int32_t cut(int32_t result)
+    {
+        block = result == BINTREE_DONE ? found : nullptr;
+        return result;
+    }
+    std::string look()
+    {
+        EXPECT_EQ(bintreeCheckBalance(tree, pass, nullptr), 0);
+        EXPECT_TRUE(!ring || (ring->next->prev == ring && ring->prev->next == ring));
+        std::string all = std::string(text) + room + std::string(out.data.begin(), out.data.end());
+        for (const int32_t number :
+             {bintreeCount(tree), bintreeCount(chain), bintreeGetHeight(chain), listCount(list),
+              listCNCount(ring), in.buffer ? in.buffer->size : 0, out.buffer->size,
+              heap.held - made(path.steps)})
+            (all += ' ') += std::to_string(number);
+        return all;
+    }
+};
+
+using W = world &;
+
+// The result without a failure, and those when the first, the second ... allocation fails; then,
+// where they are others, those when all fail from there on.
+const struct {
+    const char *results;
+    int32_t (*run)(W);
+} allocations[] = {
+    {"1 | 0", [](W w) { return made(w.block = memAlloc(9)); }},
+    {"1 | 0", [](W w) { return made(w.block = memCAlloc(9)); }},
+    {"1 | 0", [](W w) { return made(w.block = memAllocExtra(9, 0)); }},
+    {"1 | 0",
+     [](W w) {
+         void *const grown = memResize(w.text, 99);
+         w.text = grown ? static_cast<char *>(grown) : w.text;
+         return made(grown);
+     }},
+    {"1 | 0", [](W w) { return made(w.block = memAlloc2D(3, 4, nullptr, nullptr, 0)); }},
+    {"1 | 0", [](W w) { return made(w.block = memAllocRect(3, 4)); }},
+    {"1 | 0 0 0 0",
+     [](W) {
+         void *const table = memAlloc2DExt(3, 4, nullptr, nullptr, 0);
+         memFree2DExt(table, 3);
+         return made(table);
+     }},
+    {"1 | 0", [](W w) { return made(w.block = strCopy(nullptr, "ab", 3)); }},
+    {"1 | 0", [](W w) { return made(w.block = strUnion(nullptr, "ab", "c", 3)); }},
+    {"1 | 0",
+     [](W w) {
+         char *const longer = strAppend(w.text, "d", 4, &w.extra);
+         w.text = longer ? longer : w.text;
+         return made(longer);
+     }},
+    {"1 | 0", [](W w) { return made(listPush(&w.list, sizeof *w.list)); }},
+    {"1 | 0", [](W w) { return made(listCreate(&w.list, w.list, sizeof *w.list)); }},
+    {"1 | 0", [](W w) { return made(listDNCreate(&w.ring, w.ring, sizeof *w.ring, LIST_RING)); }},
+
+    {"3 | -4 -4", [](W w) { return bintreeIterate(&w.found, w.chain, nullptr, to_end, &w.path); }},
+    {"0 | -4 -4 -3",
+     [](W w) { return bintreeCreate(&w.found, &w.chain, 0, to_end, &w.path, sizeof *w.node, 0); }},
+    {"0 | -4 -4 -3",
+     [](W w) { return bintreeCreateExt(&w.found, &w.chain, 0, to_end, sizeof *w.node, 0); }},
+    {"0 | -4 -4", [](W w) { return w.add(bintreeAdd(&w.chain, w.node, 0, to_end, &w.path)); }},
+    {"0 | -4 -4", [](W w) { return w.add(bintreeAddExt(&w.chain, w.node, 0, to_end, 0)); }},
+    {"0 | -4 -4", [](W w) { return w.cut(bintreeCut(&w.found, &w.chain, 0, to_pair, &w.path)); }},
+    {"0 | -4 -4", [](W w) { return w.cut(bintreeCutExt(&w.found, &w.chain, 0, to_pair, 0)); }},
+    {"0 | -4 -4", [](W w) { return bintreeRemove(&w.chain, nullptr, to_pair, &w.path); }},
+    {"0 | -4 -4", [](W w) { return bintreeRemoveExt(&w.chain, nullptr, to_pair, 0); }},
+    {"0 | -4 -4", [](W w) { return bintreeTraverse(w.tree, pass, nullptr, BINTREE_IN_ORDER); }},
+    {"4 | -1 -1 -1", [](W w) { return bintreeGetHeight(w.tree); }},
+    {"4 | 1 2", [](W w) { return bintreeCount(w.tree); }},
+    {"1 | 0 0", [](W w) { return made(bintreeFindInt4(w.tree, 0, 2 * sizeof(void *))); }},
+    {"1 | 0 0", [](W w) { return made(bintreeFindStr(w.tree, "", 2 * sizeof(void *), 0)); }},
+    {"0 | -1 -1 1 1 1 1 | -1 -1 2 2 2 1",
+     [](W w) { return bintreeCheckBalance(w.tree, pass, nullptr); }},
+
+    {"1 | 0", [](W w) { return ioAllocBuffer(&w.in, 2); }},
+    {"1 | 0", [](W w) { return made(ioLockBuffer(&w.in, 4, IO_LOCK_EXACTLY)); }},
+    {"1 | 0", [](W w) { return made(ioLockBuffer(&w.out, 9, IO_LOCK_WRITE | IO_LOCK_EXACTLY)); }},
+    {"1 | 0",
+     [](W w) { return ioSeek(&w.in, 3, 0) / 3 * made(w.block = ioReadString(&w.in, 0, 0, 1)); }},
+    {"0 | -3", [](W w) { return ioTransfer(&w.out, &w.in, 0, nullptr, 9, nullptr, nullptr); }},
+    {"1 | -1", [](W w) { return iotextRead(&w.source, "b", w.room, 8, 0, nullptr); }},
+    {"1 | -1",
+     [](W w) { return iotextReadString(&w.source, w.room, 8, '\'', '\'', 0, 0, nullptr); }},
+    {"0 | -3", [](W w) { return copy_file(w.dir.at("copy"), w.dir.at("file")); }},
+    {"1 | 0 0",
+     [](W w) {
+         compat_dir *const dir = compat_opendir(w.dir.at("a").c_str());
+         compat_closedir(dir);
+         return made(dir);
+     }},
+    // A directory that cannot be opened is taken for a file.
+    {"1 | 0 0 0 1 1 0 1 1 0",
+     [](W w) { return fileTrace(w.dir.at("a").c_str(), go_on, nullptr, FILE_TRACE_ENTER); }},
+};
+
+// A failure has changed nothing, and the operation succeeds when it is tried again.
 TEST(Faults, OfEveryAllocation)
 {
     temp_dir dir;
@@ -139,9 +203,32 @@ TEST(Faults, OfEveryAllocation)
     for (const char *const file : {"file", "a/b/c/f"})
         write_file(dir.at(file), "text");
     const intptr_t descriptor = free_descriptor(dir);
-    for (const bool once : {true, false})
-        for (int n = 0; run_out_of_memory(dir, n, once); n++)
-            ASSERT_FALSE(HasFailure());
+    for (const auto &row : allocations) {
+        SCOPED_TRACE(testing::Message() << "row " << &row - allocations);
+        std::string good, well, results[2];
+        for (const bool once : {true, false})
+            for (int spared = -1;; spared++) {
+                heap = {};
+                world w(dir);
+                const std::string before = w.look();
+                heap = {spared >= 0, spared, heap.held, 0, once};
+                std::string result = std::to_string(row.run(w));
+                heap.fails = false;
+                if (spared < 0) {
+                    good = result;
+                    well = w.look();
+                    continue;
+                }
+                if (heap.spared >= 0)
+                    break;
+                (results[once] += ' ') += result;
+                EXPECT_EQ(w.look(), before) << "allocation " << spared;
+                EXPECT_EQ(std::to_string(row.run(w)), good);
+                EXPECT_EQ(w.look(), well);
+            }
+        const std::string others = results[0] == results[1] ? "" : " |" + results[0];
+        EXPECT_EQ(good + " |" + results[1] + others, row.results);
+    }
     EXPECT_EQ(free_descriptor(dir), descriptor);
 }
 
@@ -192,7 +279,7 @@ struct bench {
     }
 };
 
-using W = bench &;
+using B = bench &;
 
 int32_t probe(io_stream *stream, const void *, void *, int32_t *order)
 {
@@ -208,37 +295,37 @@ const uint32_t other_order = 2 | (memByteOrder() ^ MEM_ORDER_OTHER);
 // gives or takes nothing. Behind '<' and '>' is where the streams have got to.
 const struct {
     const char *results;
-    int32_t (*run)(W);
+    int32_t (*run)(B);
     const char *data = ".abcdefghij";
 } operations[] = {
-    {"4<9 | -1<4 3<8 1<4", [](W w) { return ioRead(&w.in, w.room, 4, other_order); }},
-    {"3>8 | -1 -1>3 -1 | -1 2>7 0", [](W w) { return ioWrite(&w.out, w.room, 3, other_order); }},
-    {"1>6 | 0 0>3 0 | 0 0>5 0", [](W w) { return ioWriteInt(&w.out, 7, 4); }},
-    {"1<7 | 0<4 0<6 0<4", [](W w) { return made(ioReadString(&w.in, w.room, 9, 1)); },
+    {"4<9 | -1<4 3<8 1<4", [](B w) { return ioRead(&w.in, w.room, 4, other_order); }},
+    {"3>8 | -1 -1>3 -1 | -1 2>7 0", [](B w) { return ioWrite(&w.out, w.room, 3, other_order); }},
+    {"1>6 | 0 0>3 0 | 0 0>5 0", [](B w) { return ioWriteInt(&w.out, 7, 4); }},
+    {"1<7 | 0<4 0<6 0<4", [](B w) { return made(ioReadString(&w.in, w.room, 9, 1)); },
      ".\5abcdefg"},
-    {"1>6 | 0>3 0>5 0>3 | 0>3 0>5 0>3", [](W w) { return ioWriteString(&w.out, "abc", 0, 1); }},
+    {"1>6 | 0>3 0>5 0>3 | 0>3 0>5 0>3", [](B w) { return ioWriteString(&w.out, "abc", 0, 1); }},
     {"0<8>9 | -1<4 -1<4>3 -1<4 | -1<4 -1<4>4 -1<4 | -1<4>5 -1025<7>8 -1025<4>5",
-     [](W w) { return ioTransfer(&w.out, &w.in, 7, nullptr, 4, nullptr, nullptr); }},
+     [](B w) { return ioTransfer(&w.out, &w.in, 7, nullptr, 4, nullptr, nullptr); }},
     {"1<9 | 0<4 0<4 0<4 | 0<5 0<8 0<5",
-     [](W w) { return ioRead2D(&w.in, w.rows, 2, 4, nullptr, nullptr, 0, 1); }},
+     [](B w) { return ioRead2D(&w.in, w.rows, 2, 4, nullptr, nullptr, 0, 1); }},
     {"1>10 | 0 0>3 0 | 0 0>5 0",
-     [](W w) { return ioWrite2D(&w.out, w.rows, 2, 4, nullptr, nullptr, 0, 1); }},
+     [](B w) { return ioWrite2D(&w.out, w.rows, 2, 4, nullptr, nullptr, 0, 1); }},
     {"1<10 | 0<4 | 0<5 1<10 1<10 | 0<9 | 0<8 1<10 1<10 | 0<9",
-     [](W w) { return ioBinSearch(&w.in, 10, 1, nullptr, probe, nullptr, nullptr, 0, nullptr); }},
+     [](B w) { return ioBinSearch(&w.in, 10, 1, nullptr, probe, nullptr, nullptr, 0, nullptr); }},
     {"2<12 | -1<4 2<12 -1025<4 | -1<8 2<12 0<8 | -1<12 2<12 2<12",
-     [](W w) { return iotextRead(&w.source, nullptr, w.room, 9, 0, &w.text); }, ". /*c*/ab#d\ne"},
+     [](B w) { return iotextRead(&w.source, nullptr, w.room, 9, 0, &w.text); }, ". /*c*/ab#d\ne"},
     {"1<10 | 1<6 1<10 1<6 | -1025<6 1<10 -1025<6",
-     [](W w) { return iotextSleep(&w.source, ";", &w.text); }, ". a/*;*/b;"},
-    {"1<8 | -1<4 1<8 -1025<4", [](W w) { return iotextWait(&w.source, ";", &w.text); }, ". /*;*/;"},
-    {"1<6 | -1<4 1<6 0<4", [](W w) { return iotextObserve(&w.source, "abcde", &w.text); }},
+     [](B w) { return iotextSleep(&w.source, ";", &w.text); }, ". a/*;*/b;"},
+    {"1<8 | -1<4 1<8 -1025<4", [](B w) { return iotextWait(&w.source, ";", &w.text); }, ". /*;*/;"},
+    {"1<6 | -1<4 1<6 0<4", [](B w) { return iotextObserve(&w.source, "abcde", &w.text); }},
     {"1<10 | -1<4 1<10 1<10 | -1<7 1<10 -1<7",
-     [](W w) { return iotextReadString(&w.source, w.room, 9, '\'', '\'', 0, 0, &w.text); },
+     [](B w) { return iotextReadString(&w.source, w.room, 9, '\'', '\'', 0, 0, &w.text); },
      ".'a\\tb\\\nc'd"},
-    {"3<9 | 0<4 3<9 3<9 | 0<8 3<9 3<9", [](W w) { return iotextFormat(&w.in, nullptr); },
+    {"3<9 | 0<4 3<9 3<9 | 0<8 3<9 3<9", [](B w) { return iotextFormat(&w.in, nullptr); },
      ".abcdef\r\n"},
     {"8<4>5 | 0<4>4 0<4>7 0<4>4 | 0<4>5 0<4>5 | 0<4>5 0<4>5",
-     [](W w) { return iotextConvert(&w.out, &w.in, 3); }, ".abc"},
-    {"1>6 | 0>4 0>7 0>4", [](W w) { return iotextWrite(&w.out, "a\nb", 3); }},
+     [](B w) { return iotextConvert(&w.out, &w.in, 3); }, ".abc"},
+    {"1>6 | 0>4 0>7 0>4", [](B w) { return iotextWrite(&w.out, "a\nb", 3); }},
 };
 
 TEST(Faults, OfEveryCallOfABackEnd)
