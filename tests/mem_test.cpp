@@ -39,21 +39,17 @@ TEST(Memory, Align)
 TEST(Memory, Blocks)
 {
     heap = {};
-    void *block = memResize(memResize(nullptr, 3), 5000);
+    void *block = memResize(memCAlloc(50), 5000);
     EXPECT_EQ(heap.last_size, 5000u);
+    EXPECT_EQ(std::string(static_cast<char *>(block), 50), std::string(50, '\0'));
     memReset(&block);
     EXPECT_EQ(block, nullptr);
-    auto *const zeros = static_cast<char *>(memCAlloc(5000));
-    EXPECT_EQ(std::count(zeros, zeros + 5000, 0), 5000);
-    memFree(zeros);
-    for (const uint32_t extra : {0u, 24u}) {
-        char *const body = static_cast<char *>(memAllocExtra(10, extra));
-        EXPECT_EQ(memExtra(body, extra), body - extra);
-        EXPECT_EQ(heap.last_size, 10 + extra);
-        memFreeExtra(body, extra);
-        memFreeExtra(nullptr, extra);
-        EXPECT_EQ(reinterpret_cast<uintptr_t>(memExtra(nullptr, extra)), uintptr_t{0} - extra);
-    }
+    char *const body = static_cast<char *>(memAllocExtra(10, 24));
+    EXPECT_EQ(heap.last_size, 34u);
+    EXPECT_EQ(memExtra(body, 24), body - 24);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(memExtra(nullptr, 24)), uintptr_t{0} - 24);
+    memFreeExtra(body, 24);
+    memFreeExtra(nullptr, 24);
     EXPECT_FALSE(memAllocExtra(UINT32_MAX, 1) || memAllocExtra(2, UINT32_MAX));
     EXPECT_EQ(heap.held, 0);
 }
@@ -95,18 +91,16 @@ TEST(Elements, OrdersAndInversions)
 
 TEST(Elements, ReduceRestoreAndConvert)
 {
-    const uint32_t widths[] = {4, 1, 2, 4, 4};
+    const uint32_t value = 0xfffefdfc, restored[] = {value, 0xfc, 0xfdfc, value, value};
     for (uint32_t width = 0; width < 5; width++) {
-        const uint32_t value = 0xfffefdfc, low = value & UINT32_MAX >> (32 - 8 * widths[width]);
-        unsigned char bytes[5], expected[5];
-        store(bytes, value);
-        store(expected, value);
-        // The low bytes come first, and nothing else changes.
-        const unsigned char *const from = reinterpret_cast<const unsigned char *>(&value);
-        std::copy_n(from + (big ? 4 - widths[width] : 0), widths[width], expected);
-        memReduceInt(bytes, width);
-        EXPECT_TRUE(std::equal(bytes, bytes + 4, expected)) << width;
-        EXPECT_EQ(memRestoreInt(bytes, width), low);
+        uint32_t number = value, expected = value;
+        if (width == 1)
+            store(&expected, uint8_t{0xfc});
+        else if (width == 2)
+            store(&expected, uint16_t{0xfdfc});
+        memReduceInt(&number, width);
+        EXPECT_EQ(number, expected);
+        EXPECT_EQ(memRestoreInt(&number, width), restored[width]);
     }
     int16_t narrow[] = {1, -2, 3};
     std::vector<int32_t> wide(4, 7);
@@ -171,33 +165,29 @@ TEST(Array2D, FillsAndCopies)
     heap = {};
     const uint32_t sizes[rows] = {200, 0, 1100, 1, 400};
     constexpr uint32_t flags = 4 | MEM_STEP_FIRST;
-    char **const whole = static_cast<char **>(memAlloc2D(rows, 1, sizes, nullptr, flags));
-    char **const other = static_cast<char **>(memAlloc2D(rows, 1, sizes, nullptr, flags));
-    char **const parts = static_cast<char **>(memAlloc2DExt(rows, 1, sizes, nullptr, flags));
-    const auto text = [&](char **table) {
-        std::string all;
-        for (size_t row = 0; row < rows; row++)
-            all.append(table[row], sizes[row]);
-        return all;
+    char **const tables[] = {
+        static_cast<char **>(memAlloc2D(rows, 1, sizes, nullptr, flags)),
+        static_cast<char **>(memAlloc2D(rows, 1, sizes, nullptr, flags)),
+        static_cast<char **>(memAlloc2DExt(rows, 1, sizes, nullptr, flags)),
     };
-    for (char **const target : {whole, parts})
-        for (char **const source : {other, parts}) {
+    for (char **const target : tables)
+        for (char **const source : tables) {
             memSet2D(target, 0x700 + 'a', rows, 1, sizes, nullptr, flags);
-            EXPECT_EQ(text(target), std::string(1701, 'a'));
             for (size_t row = 0; row < rows; row++)
-                for (size_t i = 0; i < sizes[row]; i++)
-                    source[row][i] = static_cast<char>((i + row) % 101);
+                EXPECT_EQ(std::string(target[row], sizes[row]), std::string(sizes[row], 'a'));
+            for (size_t row = 0; row < rows; row++)
+                std::generate_n(source[row], sizes[row], [n = row]() mutable { return ++n % 101; });
             if (target != source)
                 memCopy2D(target, source, rows, 1, sizes, nullptr, flags);
-            EXPECT_EQ(text(target), text(source));
+            for (size_t row = 0; row < rows; row++)
+                EXPECT_TRUE(std::equal(target[row], target[row] + sizes[row], source[row]));
         }
-    memFree(whole);
-    memFree(other);
-    memFree2DExt(parts, rows);
+    memFree(tables[0]);
+    memFree(tables[1]);
+    memFree2DExt(tables[2], rows);
     char **const rect = static_cast<char **>(memAllocRect(3, 1000));
     memInitRect(rect, rect[1], 2, 5);
-    EXPECT_EQ(rect[1] - rect[0], 5);
-    EXPECT_EQ(rect[2] - rect[0], 1000); // no more rows than were asked for
+    EXPECT_TRUE(rect[1] - rect[0] == 5 && rect[2] - rect[0] == 1000);
     memFree(rect);
     EXPECT_EQ(heap.held, 0);
 }
@@ -253,13 +243,15 @@ TEST(ArraySearch, FindsAsTheModelFinds)
     }
 }
 
+// Of elements without a size: the longest array that exists.
 TEST(ArraySearch, HalvingEndsForEveryCount)
 {
-    static int calls; // of elements without a size: the longest array that exists
-    const auto up = [](const void *, const void *) { return calls++, INT32_MIN; };
-    const auto down = [](const void *, const void *) { return calls++, INT32_MAX; };
+    static int calls;
+    const mem_compare_proc compares[] = {
+        [](const void *, const void *) { return calls++, INT32_MIN; },
+        [](const void *, const void *) { return calls++, INT32_MAX; }};
     for (const uint32_t count : {0u, 1u, 2u, 0x7fffffffu, 0x80000000u, 0x80000001u, 0xffffffffu})
-        for (const mem_compare_proc compare : {mem_compare_proc{up}, mem_compare_proc{down}}) {
+        for (const mem_compare_proc compare : compares) {
             calls = 0;
             EXPECT_EQ(memBinSearch("", count, 0, nullptr, compare, nullptr), nullptr);
             EXPECT_TRUE(calls <= 32 - std::countl_zero(count) && (calls > 0) == (count > 0));
