@@ -182,33 +182,30 @@ int32_t to_the_end(const bintree_node *node, const void *key)
 
 TEST(Bintree, PathsGrow)
 {
+    bintree_step array[39];
     const struct {
-        bool array;
-        int32_t capacity;
-        uint32_t flags;
+        bintree_path path;
         int32_t grown; // where 39 steps are needed
     } cases[] = {
-        {false, -1, BINTREE_GROW, 39},
-        {false, -1, BINTREE_GROW | 0x100, 38},
-        {false, -1, BINTREE_GROW | 0xff00, 286},
-        {true, 3, BINTREE_GROW, 39},
-        {true, 38, 0, 38},
+        {{nullptr, -1, BINTREE_GROW, -7, -7}, 39},
+        {{nullptr, -1, BINTREE_GROW | 0x100, -7, -7}, 38},
+        {{array, -1, BINTREE_GROW | 0xff00, -7, -7}, 254},
+        {{array, 38, 0, -7, -7}, 38},
         // The comparison comes before the step, so it has seen the node that the path cannot take.
-        {true, 37, 0xff00, -1},
+        {{array, 37, 0xff00, -7, -7}, -1},
     };
     heap = {};
     bintree_node *root = make_chain(39);
-    for (const auto &[has_array, capacity, flags, grown] : cases) {
-        bintree_step array[39] = {};
-        bintree_path path = {has_array ? array : nullptr, capacity, flags, -7, -7};
+    for (const auto &[given, grown] : cases) {
+        bintree_path path = given;
         bintree_node *found;
         int32_t compares = 0;
         const bool fits = grown > 0;
         EXPECT_EQ(bintreeIterate(&found, root, &compares, to_the_end, &path),
                   fits ? BINTREE_DONE : BINTREE_NO_ROOM);
-        EXPECT_EQ(path.capacity, fits ? grown : capacity);
+        EXPECT_EQ(path.capacity, fits ? grown : given.capacity);
         EXPECT_TRUE(compares == 39 && path.depth == (fits ? 38 : -7));
-        EXPECT_EQ(path.flags, flags | (flags & BINTREE_GROW ? BINTREE_OWNED : 0));
+        EXPECT_EQ(path.flags, given.flags | (given.flags & BINTREE_GROW ? BINTREE_OWNED : 0));
         if (path.flags & BINTREE_OWNED)
             memFree(path.steps);
     }

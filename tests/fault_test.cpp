@@ -29,32 +29,18 @@ int32_t copy_file(const std::string &target, const std::string &source,
                     context);
 }
 
-int32_t pass(bintree_node *, void *)
-{
-    return 0;
-}
-
-int32_t go_on(const char *, file_trace *)
-{
-    return FILE_TRACE_GO_ON;
-}
+const bintree_visit_proc pass = [](bintree_node *, void *) { return 0; };
+const file_trace_proc go_on = [](const char *, file_trace *) { return 1; };
 
 // Ways through a chain of children[1]: behind its end; to the node that has both children, which
 // stands in front of the last one; and to that node's place for a smaller key.
-int32_t to_end(const bintree_node *, const void *)
-{
-    return -1;
-}
-
-int32_t to_pair(const bintree_node *node, const void *)
-{
+const bintree_compare_proc to_end = [](const bintree_node *, const void *) { return -1; };
+const bintree_compare_proc to_pair = [](const bintree_node *node, const void *) {
     return node->child[0] ? 0 : -1;
-}
-
-int32_t to_gap(const bintree_node *node, const void *)
-{
+};
+const bintree_compare_proc to_gap = [](const bintree_node *node, const void *) {
     return node->child[1]->child[1] ? -1 : 1;
-}
+};
 
 // What operations work on. A search to the end of the chain takes one step more than the first
 // growth of a path gives; a search for the pair does not, but its removal does.
@@ -67,7 +53,8 @@ struct world {
     scripted_stream in{{'\'', 'b', '\'', 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}}, out;
     io_source source = {&in, ioLockBuffer, ioUnlockBuffer};
     char *text = strCopy(nullptr, "abc", 0), room[8] = "";
-    void *block = nullptr;
+    void *block = nullptr, *table = nullptr;
+    compat_dir *opened = nullptr;
     int32_t extra = 10;
 
     explicit world(const temp_dir &directory) : dir(directory)
@@ -85,6 +72,8 @@ struct world {
         for (void *const own : {static_cast<void *>(text), static_cast<void *>(node), block,
                                 static_cast<void *>(path.steps)})
             memFree(own);
+        memFree2DExt(table, 3);
+        compat_closedir(opened);
         memReset(&in.buffer);
         memReset(&out.buffer);
         bintreeClear(&tree);
@@ -92,6 +81,11 @@ struct world {
         listClear(&list);
         listCNClear(&ring);
         EXPECT_EQ(heap.held, 0);
+    }
+    int32_t replace(void *grown)
+    {
+        text = grown ? static_cast<char *>(grown) : text;
+        return made(grown);
     }
     // Nodes that are linked are the trees', others the caller's.
     int32_t add(int32_t result)
@@ -129,28 +123,13 @@ const struct {
     {"1 | 0", [](W w) { return made(w.block = memAlloc(9)); }},
     {"1 | 0", [](W w) { return made(w.block = memCAlloc(9)); }},
     {"1 | 0", [](W w) { return made(w.block = memAllocExtra(9, 0)); }},
-    {"1 | 0",
-     [](W w) {
-         void *const grown = memResize(w.text, 99);
-         w.text = grown ? static_cast<char *>(grown) : w.text;
-         return made(grown);
-     }},
+    {"1 | 0", [](W w) { return w.replace(memResize(w.text, 99)); }},
     {"1 | 0", [](W w) { return made(w.block = memAlloc2D(3, 4, nullptr, nullptr, 0)); }},
     {"1 | 0", [](W w) { return made(w.block = memAllocRect(3, 4)); }},
-    {"1 | 0 0 0 0",
-     [](W) {
-         void *const table = memAlloc2DExt(3, 4, nullptr, nullptr, 0);
-         memFree2DExt(table, 3);
-         return made(table);
-     }},
+    {"1 | 0 0 0 0", [](W w) { return made(w.table = memAlloc2DExt(3, 4, 0, 0, 0)); }},
     {"1 | 0", [](W w) { return made(w.block = strCopy(nullptr, "ab", 3)); }},
     {"1 | 0", [](W w) { return made(w.block = strUnion(nullptr, "ab", "c", 3)); }},
-    {"1 | 0",
-     [](W w) {
-         char *const longer = strAppend(w.text, "d", 4, &w.extra);
-         w.text = longer ? longer : w.text;
-         return made(longer);
-     }},
+    {"1 | 0", [](W w) { return w.replace(strAppend(w.text, "d", 4, &w.extra)); }},
     {"1 | 0", [](W w) { return made(listPush(&w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listCreate(&w.list, w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listDNCreate(&w.ring, w.ring, sizeof *w.ring, LIST_RING)); }},
@@ -184,12 +163,7 @@ const struct {
     {"1 | -1",
      [](W w) { return iotextReadString(&w.source, w.room, 8, '\'', '\'', 0, 0, nullptr); }},
     {"0 | -3", [](W w) { return copy_file(w.dir.at("copy"), w.dir.at("file")); }},
-    {"1 | 0 0",
-     [](W w) {
-         compat_dir *const dir = compat_opendir(w.dir.at("a").c_str());
-         compat_closedir(dir);
-         return made(dir);
-     }},
+    {"1 | 0 0", [](W w) { return made(w.opened = compat_opendir(w.dir.at("a").c_str())); }},
     // A directory that cannot be opened is taken for a file.
     {"1 | 0 0 0 1 1 0 1 1 0",
      [](W w) { return fileTrace(w.dir.at("a").c_str(), go_on, nullptr, FILE_TRACE_ENTER); }},

