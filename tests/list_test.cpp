@@ -40,19 +40,6 @@ constexpr uint32_t int2_at = offsetof(item, data.int2);
 constexpr uint32_t int4_at = offsetof(item, data.int4);
 constexpr uint32_t label_at = offsetof(item, data.label);
 
-// A node for both families of procedures.
-struct node_argument {
-    const list_dnode *node;
-    operator const list_dnode *() const
-    {
-        return node;
-    }
-    operator const list_node *() const
-    {
-        return reinterpret_cast<const list_node *>(node);
-    }
-};
-
 // The first of the payloads as a list.
 struct reader {
     int count;
@@ -63,41 +50,41 @@ struct reader {
         for (int i = 0; i < count; i++)
             items[i].data = payloads[i];
     }
-    int result(int32_t number) const
+    const list_node *plain(int index = 0) const
     {
-        return number;
+        return index < count ? reinterpret_cast<const list_node *>(&items[index]) : nullptr;
     }
-    int result(const void *node) const
+    list_dnode *ring(int index = 0)
+    {
+        return index < count ? &items[index].head : nullptr;
+    }
+    int index_of(const void *node) const
     {
         return node ? static_cast<int>(static_cast<const item *>(node) - items) : -1;
     }
-    node_argument at(int index) const
-    {
-        return {index < count ? &items[index].head : nullptr};
-    }
-    void link(bool ring)
+    void link(bool joined)
     {
         for (int i = 0; i < count; i++) {
-            items[i].head.next = ring || i + 1 < count ? &items[(i + 1) % count].head : nullptr;
-            items[i].head.prev = ring || i > 0 ? &items[(i + count - 1) % count].head : nullptr;
+            items[i].head.next = joined || i + 1 < count ? ring((i + 1) % count) : nullptr;
+            items[i].head.prev = joined || i > 0 ? ring((i + count - 1) % count) : nullptr;
         }
     }
 
-    // The number that a procedure gives for the list, or the index of the node, -1 for null; its
-    // twin gives the same for the ring and for the list. No link may change.
+    // The index of the node that a procedure finds, -1 for null; its twin finds the same in the
+    // ring and in the list. No link may change.
     template <typename Plain, typename Ring, typename... Arguments>
-    int call(Plain *plain, Ring *twin, Arguments... arguments)
+    int call(Plain *procedure, Ring *twin, Arguments... arguments)
     {
         link(false);
-        const int got = result(plain(at(0), arguments...));
-        for (const bool ring : {false, true}) {
-            link(ring);
+        const int found = index_of(procedure(plain(), arguments...));
+        for (const bool joined : {false, true}) {
+            link(joined);
             item before[most];
             memcpy(before, items, sizeof before);
-            EXPECT_EQ(result(twin(const_cast<list_dnode *>(at(0).node), arguments...)), got);
+            EXPECT_EQ(index_of(twin(ring(), arguments...)), found);
             EXPECT_EQ(memcmp(before, items, sizeof before), 0);
         }
-        return got;
+        return found;
     }
 };
 
@@ -111,19 +98,27 @@ INSTANTIATE_TEST_SUITE_P(Lengths, List, testing::Range(0, most + 1));
 
 TEST_P(List, Places)
 {
-    EXPECT_EQ(list.call(listCount, listCNCount), m);
     for (int i : {INT32_MIN, -1, 0, 1, 2, 3, 4, 5, INT32_MAX})
         EXPECT_EQ(list.call(listNode, listCNNode, i), i >= 0 && i < m ? i : -1) << i;
-    // Behind the list's own nodes stand null and a node of another list.
+    // Behind the list's own nodes stands null; a node of another list is in none.
     const list_dnode stranger = {};
-    for (int i = 0; i < m + 2; i++) {
-        const node_argument node = i <= m ? list.at(i) : node_argument{&stranger};
-        EXPECT_EQ(list.call(listIndex, listCNIndex, node), i < m ? i : -1);
-        EXPECT_EQ(list.call(listExist, listCNExist, node), i < m);
-        list.link(false);
-        EXPECT_EQ(list.result(listFindPrev(list.at(0), node)), i <= m ? i - 1 : -1);
+    for (const bool joined : {true, false}) {
+        list.link(joined);
+        EXPECT_EQ(listCNCount(list.ring()), m);
+        for (int i = 0; i <= m; i++) {
+            EXPECT_EQ(listCNIndex(list.ring(), list.ring(i)), i < m ? i : -1);
+            EXPECT_EQ(listCNExist(list.ring(), list.ring(i)), i < m);
+        }
+        EXPECT_EQ(listCNIndex(list.ring(), &stranger), -1);
     }
-    EXPECT_EQ(list.result(listFindTail(list.at(0))), m - 1);
+    EXPECT_EQ(listCount(list.plain()), m);
+    for (int i = 0; i <= m; i++) {
+        EXPECT_EQ(listIndex(list.plain(), list.plain(i)), i < m ? i : -1);
+        EXPECT_EQ(listExist(list.plain(), list.plain(i)), i < m);
+        EXPECT_EQ(list.index_of(listFindPrev(list.plain(), list.plain(i))), i - 1);
+    }
+    EXPECT_EQ(listFindPrev(list.plain(), reinterpret_cast<const list_node *>(&stranger)), nullptr);
+    EXPECT_EQ(list.index_of(listFindTail(list.plain())), m - 1);
     for (int32_t at : {INT32_MIN, -1, 0, 1, 2, 3, 4, 5, 6, INT32_MAX}) {
         const bool beyond = at > m + 1, front = at == 0 || m == 0;
         const int node = at < 0 || beyond ? m - 1 : at == m + 1 ? -1 : at - 1;
@@ -132,7 +127,7 @@ TEST_P(List, Places)
             EXPECT_EQ(list.call(listInsertionNode, listCNInsertionNode, at, out), node) << at;
         EXPECT_EQ(status, front ? LIST_BEFORE : beyond ? LIST_BEYOND_END : 0) << at;
         list.link(false);
-        listInsertionNode(list.at(0), at, &status);
+        listInsertionNode(list.plain(), at, &status);
         EXPECT_EQ(status, at == 0 ? LIST_BEFORE : beyond ? LIST_BEYOND_END : 0) << at;
     }
 }
