@@ -154,6 +154,7 @@ TEST(Bintree, RemovalsKeepTheShape)
         const int32_t removed = 5;
         bintree_node *root = make_tree(keys, kind);
         EXPECT_EQ(bintreeRemoveExt(&root, &removed, by_key, kind), BINTREE_DONE);
+        EXPECT_EQ(bintreeRemoveExt(&root, &removed, by_key, kind), BINTREE_NOT_FOUND);
         EXPECT_EQ(keys_of(root, BINTREE_PRE_ORDER), left);
         bintreeClear(&root);
     }

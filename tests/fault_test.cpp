@@ -53,7 +53,7 @@ struct world {
     scripted_stream in{{'\'', 'b', '\'', 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}}, out;
     io_source source = {&in, ioLockBuffer, ioUnlockBuffer};
     char *text = strCopy(nullptr, "abc", 0), room[8] = "";
-    void *block = nullptr, *table = nullptr;
+    void *block = nullptr, *body = nullptr, *table = nullptr;
     compat_dir *opened = nullptr;
     int32_t extra = 10;
 
@@ -72,6 +72,7 @@ struct world {
         for (void *const own : {static_cast<void *>(text), static_cast<void *>(node), block,
                                 static_cast<void *>(path.steps)})
             memFree(own);
+        memFreeExtra(body, 8);
         memFree2DExt(table, 3);
         compat_closedir(opened);
         memReset(&in.buffer);
@@ -122,7 +123,7 @@ const struct {
 } allocations[] = {
     {"1 | 0", [](W w) { return made(w.block = memAlloc(9)); }},
     {"1 | 0", [](W w) { return made(w.block = memCAlloc(9)); }},
-    {"1 | 0", [](W w) { return made(w.block = memAllocExtra(9, 0)); }},
+    {"1 | 0", [](W w) { return made(w.body = memAllocExtra(9, 8)); }},
     {"1 | 0", [](W w) { return w.replace(memResize(w.text, 99)); }},
     {"1 | 0", [](W w) { return made(w.block = memAlloc2D(3, 4, nullptr, nullptr, 0)); }},
     {"1 | 0", [](W w) { return made(w.block = memAllocRect(3, 4)); }},
