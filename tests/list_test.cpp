@@ -137,6 +137,9 @@ TEST_P(List, FindsFields)
     const auto bit = [&](uint32_t mask, uint32_t at, uint32_t width, uint32_t flags) {
         return list.call(listFindBit, listCNFindBit, mask, at, width, flags);
     };
+    const auto text = [&](const char *wanted, uint32_t at, uint32_t flags) {
+        return list.call(listFindStr, listCNFindStr, wanted, at, flags);
+    };
     constexpr uint32_t all = LIST_ALL_BITS, invert = LIST_INVERT;
     constexpr int none = most;
     // What is found, and the payload that should be.
@@ -156,10 +159,10 @@ TEST_P(List, FindsFields)
         {list.call(listFindInt2, listCNFindInt2, int16_t{0x2c}, int2_at), none},
         {list.call(listFindInt4, listCNFindInt4, 0x10203, int4_at), 3},
         {list.call(listFindInt4, listCNFindInt4, 0x203, int4_at), none},
-        {list.call(listFindStr, listCNFindStr, "green", name_at, 0), 2},
-        {list.call(listFindStr, listCNFindStr, "green", name_at, STR_NO_CASE), 1},
-        {list.call(listFindStr, listCNFindStr, "TWO", label_at, STR_POINTER), 3},
-        {list.call(listFindStr, listCNFindStr, "Two", label_at, STR_POINTER | STR_NO_CASE), 1},
+        {text("green", name_at, 0), 2},
+        {text("green", name_at, STR_NO_CASE), 1},
+        {text("TWO", label_at, STR_POINTER), 3},
+        {text("Two", label_at, STR_POINTER | STR_NO_CASE), 1},
     };
     for (const auto &[found, payload] : rows)
         EXPECT_EQ(found, payload < m ? payload : -1) << "row " << &found - &rows->first;
