@@ -189,13 +189,15 @@ TEST(Array2D, FillsAndCopies)
 
 TEST(Array2D, WhatIsTooBigIsNotAllocated)
 {
-    const uint32_t big_sizes[] = {65536, 65536}, mixed[] = {1, 0x80000000}, none[] = {0, 0};
+    const uint32_t big_sizes[] = {65536, 65536}, mixed[] = {1, 0x80000000}, half[] = {0x80000000},
+                   four[] = {4}, none[] = {0, 0};
     heap = {};
     EXPECT_EQ(memAllocRect(65536, 65536), nullptr);
     EXPECT_EQ(memAllocRect(UINT32_MAX / pointer + 1, 0), nullptr);
     EXPECT_EQ(memAllocRect(1, UINT32_MAX - pointer + 1), nullptr);
     EXPECT_EQ(memAlloc2D(1, 65536, big_sizes, nullptr, 4), nullptr);
     EXPECT_EQ(memAlloc2D(UINT32_MAX, UINT32_MAX, big_sizes, big_sizes, 4), nullptr);
+    EXPECT_EQ(memAlloc2D(1, 0x80000000, half, four, 4), nullptr); // 2 to the 64th
     EXPECT_EQ(memAlloc2DExt(-1, 1, nullptr, nullptr, 0), nullptr);
     // Refused before anything is asked for.
     EXPECT_EQ(heap.last_size, 0u);
@@ -214,6 +216,8 @@ int32_t compare_numbers(const void *left, const void *right)
 // Of equal elements a search gives the first, or the first that halving meets.
 TEST(ArraySearch, FindsAsTheModelFinds)
 {
+    const int16_t one = 1; // and no index is wanted
+    EXPECT_EQ(memLinSearch(&one, 1, 2, &one, compare_numbers, nullptr), &one);
     for (size_t bits = 0; bits < 3 * 40; bits++) {
         std::vector<int16_t> array(bits / 3);
         for (size_t i = 0; i < array.size(); i++)
