@@ -204,6 +204,11 @@ TEST(Faults, OfEveryAllocation)
         const std::string others = results[0] == results[1] ? "" : " |" + results[0];
         EXPECT_EQ(good + " |" + results[1] + others, row.results);
     }
+    // More than a buffer can hold, where a word can say so.
+    if constexpr (constexpr intptr_t much = INTPTR_MAX / 4; much > INT32_MAX) {
+        scripted_stream in;
+        EXPECT_FALSE(ioLockBuffer(&in, much, IO_LOCK_EXACTLY));
+    }
     EXPECT_EQ(free_descriptor(dir), descriptor);
 }
 

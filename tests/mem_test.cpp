@@ -278,6 +278,9 @@ TEST(ArraySearch, CountsWordsOfEveryWidth)
     check(uint8_t{});
     check(uint16_t{});
     check(uint32_t{});
+    // At any other width it is the first four bytes that count.
+    const uint32_t pairs[] = {7, 0, 7, 1};
+    EXPECT_EQ(memCountIdentity(pairs, 2, 8, 7), 2u);
 }
 
 } // namespace
