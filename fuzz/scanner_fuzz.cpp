@@ -1,31 +1,256 @@
-// A memory block and a slow stream of the same text give the same items, results, lines and events.
+// The scanner over memory and over streams, held against one written plainly.
 #include "fuzz_input.h"
 
-// Writes down each event, drops the characters `d` and stops at `!`.
-static int32_t listen(const io_source *, io_text *text, int32_t event, char *character)
+#include "../tests/text_source.h"
+
+#include <random>
+#include <tuple>
+
+using namespace std::string_literals; // for texts that hold NUL characters
+
+namespace
 {
-    const char heard = character ? *character : '~';
-    *reinterpret_cast<std::string *>(text->callback_data) +=
-        {static_cast<char>('0' + event), heard};
-    return heard == '!' ? IOTEXT_CANCELLED : heard == 'd' ? static_cast<int32_t>(IOTEXT_DROP) : 0;
-}
+
+// What a callback hears, and what it answers: nothing special, or a play of cancellations, drops,
+// changed characters and changed flags that every copy repeats.
+struct listener {
+    std::string heard = {}; // event, character ('-' for null) and, without a view, place
+    bool plays = false;
+    std::minstd_rand script = {};
+
+    int32_t hear(int32_t event, char *character, uint32_t &flags, int32_t place)
+    {
+        const auto below = [&](uint32_t bound) { return static_cast<uint32_t>(script() % bound); };
+        const bool has_view = event < IOTEXT_ON_LINE_OPEN;
+        heard += {static_cast<char>('0' + event), character ? *character : '-'};
+        if (!has_view)
+            heard += static_cast<char>(place);
+        if (plays && below(24) == 0)
+            return IOTEXT_CANCELLED;
+        if (plays && below(8) == 0)
+            flags = below(0x40);
+        if (plays && has_view && below(8) == 0)
+            *character = "z \n"[below(4)];
+        return plays ? static_cast<int32_t>(below(8)) : 0; // only 2 has a meaning
+    }
+};
+
+// What one call shows: result, room, count, line, terminator, error_line, events, and where the
+// source then stands.
+using outcome =
+    std::tuple<int32_t, std::string, int32_t, int32_t, int32_t, int32_t, std::string, int32_t>;
+
+// The whole text and an index into it. What a callback cancels is thrown.
+struct scan_model {
+    static constexpr size_t none = 3, cut = 4;
+    std::string in;
+    comments delimiters;
+    io_text text;
+    listener ears;
+    std::string room = {};
+    size_t stored = 0, at = 0;
+    uint32_t wanted = 0;
+    int32_t line = 0, count = 0;
+
+    bool line_end() const
+    {
+        return in[at] == '\n' || in[at] == '\r';
+    }
+    void take()
+    {
+        const char c = in[at];
+        const bool pairs = line_end();
+        if (++at < in.size() && pairs && line_end() && in[at] != c)
+            at++;
+    }
+    int32_t tell(int32_t event, const char *character)
+    {
+        constexpr uint32_t bits[] = {0x01, 0x02, 0x04, 0x08, 0x10, 0x10, 0x20, 0x20};
+        if (!(wanted & bits[event]))
+            return 0;
+        const int32_t answer = ears.hear(event, const_cast<char *>(character), text.callback_flags,
+                                         static_cast<int32_t>(at));
+        if (answer == -1027)
+            throw answer;
+        if (event != 0 || answer != 2)
+            wanted = text.callback_flags;
+        return answer;
+    }
+    // Consumes the delimiter that stands here, from the i-th on, and gives its index.
+    size_t delimiter(size_t i)
+    {
+        for (; i < none; i++) {
+            const std::string &d = delimiters[i];
+            if (d.empty() || d[0] != in[at])
+                continue;
+            if (at + d.size() > in.size())
+                return cut;
+            if (in.compare(at, d.size(), d) == 0) {
+                at += d.size();
+                return i;
+            }
+        }
+        return none;
+    }
+    int32_t comment(bool block)
+    {
+        int32_t lines = 0; // of a block, counted when it ends
+        bool closed = false;
+        tell(block ? 6 : 4, delimiters[block].c_str());
+        while (!closed && at < in.size()) {
+            const size_t which = block && !line_end() ? delimiter(2) : none;
+            if (which != none) {
+                closed = which == 2;
+                break;
+            }
+            const char c = line_end() ? '\n' : in[at];
+            closed = line_end() && !block;
+            if (closed) {
+                at++; // a cancellation comes between the halves of a line end
+                tell(0, &c);
+                at--;
+            }
+            (block ? lines : line) += line_end();
+            take();
+            if (!closed)
+                tell(block ? 3 : 2, &c);
+        }
+        line += lines;
+        if (block && !closed)
+            return -1025;
+        tell(block ? 7 : 5, block ? delimiters[2].c_str() : closed ? "\n" : nullptr);
+        return 2;
+    }
+    int32_t scan_text(const std::string &set, uint32_t mode)
+    {
+        while (at < in.size()) {
+            const size_t which = mode & 0x08 ? none : delimiter(0);
+            if (which < none)
+                return which == 2 ? -1025 : comment(which == 1);
+            const char c = line_end() ? '\n' : in[at];
+            const bool member = c == '\0' || set.find(c) != std::string::npos;
+            const bool stops = !(mode & 0x04) && member == !(mode & 0x01);
+            const bool stays = stops && mode & 0x01;
+            if (!stays) {
+                line += line_end();
+                take();
+            }
+            if (stops) {
+                text.terminator = static_cast<signed char>(c);
+                if (!stays)
+                    tell(1, &c);
+                return 1;
+            }
+            if (tell(0, &c) == 2)
+                continue;
+            if (stored + 1 < room.size())
+                room[stored++] = c;
+            else if (!room.empty() && !(mode & 0x02))
+                return -4;
+            count++;
+        }
+        return 0;
+    }
+    int32_t scan(const std::string &set, uint32_t mode)
+    {
+        wanted = text.callback_flags;
+        line = text.line;
+        stored = 0;
+        count = 0;
+        int32_t result;
+        try {
+            result = scan_text(set, mode);
+        } catch (int32_t cancelled) {
+            result = cancelled;
+        }
+        if (result == -1025)
+            text.error_line = line;
+        // White space that begins with a NUL is none for the trim.
+        const std::string item = room.substr(0, stored);
+        const size_t kept = item.find_last_not_of(" \t\r\n\0"s) + 1;
+        room[stored] = '\0';
+        if (!(mode & 0x40) && item[kept] != '\0') {
+            room[kept] = '\0';
+            count -= static_cast<int32_t>(stored - kept);
+        }
+        text.line = line;
+        text.count = count;
+        return result;
+    }
+    // `size` 0 means no room: the item is only counted.
+    outcome read(const char *delimiter_set, int32_t size, uint32_t mode)
+    {
+        const std::string set = delimiter_set ? delimiter_set : " \t\r\n";
+        std::string skip, kept_room(static_cast<size_t>(size), '~');
+        for (const char c : " \t\r\n"s)
+            if (!(mode & 0x20) || set.find(c) == std::string::npos)
+                skip += c;
+        ears.heard.clear();
+        int32_t result;
+        do {
+            room.clear();
+            result = mode & 0x10 ? 0 : scan(skip, 0x19);
+            room = kept_room;
+            result = result < 0 ? -1 : scan(set, mode);
+            kept_room = room;
+        } while (result == 2 && text.count <= 0 && !(mode & 0x80));
+        return {result,          room + '~',      text.count, text.line,
+                text.terminator, text.error_line, ears.heard, static_cast<int32_t>(at)};
+    }
+};
+
+// The scanner itself.
+struct session {
+    text_source source;
+    io_text text;
+    listener ears;
+
+    outcome read(const char *set, int32_t size, uint32_t mode)
+    {
+        std::string room(static_cast<size_t>(size) + 1, '~'); // one more, to stay as it is
+        ears.heard.clear();
+        text.callback_data = reinterpret_cast<uintptr_t>(this);
+        const int32_t result =
+            iotextRead(&source, set, size > 0 ? room.data() : nullptr, size, mode, &text);
+        return {result,          room,       text.count,       text.line, text.terminator,
+                text.error_line, ears.heard, source.position()};
+    }
+    static int32_t listen(const io_source *from, io_text *record, int32_t event, char *character)
+    {
+        session &s = *reinterpret_cast<session *>(record->callback_data);
+        expect(from == &s.source && record == &s.text);
+        const int32_t place = event < IOTEXT_ON_LINE_OPEN ? 0 : s.source.position();
+        return s.ears.hear(event, character, record->callback_flags, place);
+    }
+};
+
+} // namespace
 
 void run(fuzz_input input)
 {
-    const uint32_t front_ends = input.number(), mode = input.byte(), absent = input.byte();
-    const std::string set = input.bytes(6);
-    const char *const stops = absent & 1 ? nullptr : set.c_str();
-    const int32_t room = 1 + input.byte() % 64;
-    io_text record = {};
-    record.callback = listen;
-    record.callback_flags = absent & 2 ? 0 : input.byte();
-    static constexpr decltype(&iotextSleep) others[] = {iotextSleep, iotextWait, iotextObserve};
-    const auto call = [&](const io_source *source, char *dest, io_text *text, int number) {
-        text = absent & 4 ? nullptr : text;
-        const uint32_t front_end = front_ends >> number % 8 * 4 & 7;
-        if (front_end < 3)
-            return others[front_end](source, stops, text);
-        return iotextRead(source, stops, front_end == 3 ? nullptr : dest, room, mode, text);
-    };
-    compare_sources(input, room, record, call);
+    const std::string marks = "#/*\xe9 \n\r\0"s, others = "@[`{:\x7f"
+                                                          "azAZ09\x80\xff";
+    const uint32_t how = input.byte(), play = input.byte(), events = input.byte();
+    const uint32_t mode = input.byte() & (how & 0x10 ? 0x1ff : how & 0x20 ? 0xa7 : 0x50);
+    const int32_t sizes[] = {0, 1, 2, 3, 4, 25, 40, 150}, size = sizes[input.byte() % 8];
+    const std::string set = input.word(3, marks + others);
+    comments delimiters = {input.word(3, marks), input.word(3, marks), input.word(3, marks)};
+    if (delimiters[2].empty()) // nothing else closes a block comment
+        delimiters[1].clear();
+    const std::string text = input.text(marks + others);
+
+    scan_model model = {text, delimiters, text_record(delimiters, 7), {}};
+    model.text.terminator = 99;
+    model.text.callback = session::listen;
+    model.ears.plays = play % 2;
+    model.ears.script.seed(play + 1);
+    session s = {{text, shapes[how % std::size(shapes)]}, model.text, model.ears};
+    // An inverted scan may stay where it is for ever.
+    for (int call = 0, result = 1; call < 30 && result != 0 && result != -1; call++) {
+        s.text.callback_flags = model.text.callback_flags = events & 0x40 ? 0 : events & 0x3f;
+        const char *const stops = events & 0x80 ? nullptr : set.c_str();
+        const outcome expected = model.read(stops, size, mode), got = s.read(stops, size, mode);
+        expect(got == expected);
+        result = std::get<0>(expected);
+    }
 }

@@ -10,14 +10,15 @@
 namespace
 {
 
-byte_vector numbers_from(unsigned char first, size_t count)
+std::string numbers_from(char first, size_t count)
 {
-    byte_vector numbers(count);
+    std::string numbers(count, ' ');
     std::iota(numbers.begin(), numbers.end(), first);
     return numbers;
 }
 
-// Each begins with the streams that are not empty: bytes, capacity, and how many bytes were read
+// What both back ends are asked for; stream_fuzz looks at what arrives. Each begins with the streams
+// that are not empty: bytes, capacity, and how many bytes were read
 // or, below 0, written before. Then come count, work area, size and result, the calls of the input's
 // back end (<), the output's (>) and the progress procedure (@), which end as the text says, and
 // the input's buffer (size, count, position, mode).
@@ -34,7 +35,7 @@ const char *const copies[] = {
     "in 9 0 0: 0 own 4 = -1 {@0 -> 0, <read 4 -> 4, >write 4 -> 0}",
     // Sizes that are none, looked at behind the first call.
     "in 9 0 0: 0 memory 0 = 7 {@0 -> 7}",
-    "in 9 8 0: 0 memory -1 = -4 {} [8 0 0 -1]",
+    "in 9 8 0: 0 memory 0 = -4 {} [8 0 0 -1]",
     "in 9 0 0: 0 own 0 = -4 {}",
     // Past the input's buffer, whose bytes stay for later.
     "in 20 8 5: 0 own 9 = 0 {<read 9 -> 9, >write 9 -> 9, <read 9 -> 3, >write 3 -> 3} [8 8 5 1]",
@@ -56,8 +57,7 @@ const char *const copies[] = {
     " <read 4 -> 2, @2 -> 0} [8 8 8 1]",
 };
 
-// Gives the stream's position.
-int32_t prepare(scripted_stream &s, std::istream &words)
+void prepare(scripted_stream &s, std::istream &words)
 {
     unsigned char room[20] = {};
     int32_t bytes, capacity, before;
@@ -66,7 +66,6 @@ int32_t prepare(scripted_stream &s, std::istream &words)
     EXPECT_TRUE(!capacity || ioAllocBuffer(&s, capacity));
     EXPECT_TRUE(before <= 0 || ioRead(&s, room, before, 0) == before);
     EXPECT_TRUE(before >= 0 || ioWrite(&s, room, -before, 0) == -before);
-    return std::abs(before);
 }
 
 // The input has no buffer while anything is told of the copy but its beginning.
@@ -83,14 +82,12 @@ void check_copy(const std::string &expected)
     scripted_stream in, out, watcher;
     std::istringstream words(expected);
     std::string word, area;
-    int32_t in_start = 0, out_start = 0, count, size;
+    int32_t count, size;
     while (words >> word && word != ":")
-        (word == "in" ? in_start : out_start) = prepare(word == "in" ? in : out, words);
+        prepare(word == "in" ? in : out, words);
     words >> count >> area >> size;
     out.leader = watcher.leader = &in;
     in.name = '<', out.name = '>', watcher.name = '@';
-    byte_vector all(in.data.begin() + in_start, in.data.end());
-    const int32_t passed_over = area == "borrowed" ? 0 : std::max(in.back - in_start, 0);
     const io_buffer *const buffer = in.buffer;
     unsigned char room[20], *const memory = area == "memory" ? room : nullptr;
     in.play(expected);
@@ -103,40 +100,12 @@ void check_copy(const std::string &expected)
     if (expected.back() == ']')
         actual << " [" << b.size << ' ' << b.count << ' ' << b.position << ' ' << b.mode << "]";
     EXPECT_EQ(actual.str(), expected);
-    EXPECT_EQ(b.size, 8);
-    EXPECT_LE(b.count, b.mode == IO_MODE_READ ? 8 : 0);
-    EXPECT_LE(b.position, b.mode == IO_MODE_WRITE ? 8 : b.count);
-    EXPECT_GE(b.position, 0);
-
-    // What arrived and then what can still be read are all that there was, but for bytes that were
-    // passed over, which come between the two. Of a failed copy nothing is known behind these.
-    in.play("");
-    EXPECT_TRUE(ioSyncBuffer(&out));
-    byte_vector bytes(out.data.begin() + out_start, out.data.begin() + out.back);
-    const size_t arrived = bytes.size(), known = arrived + static_cast<size_t>(passed_over);
-    for (unsigned char byte; ioRead(&in, &byte, 1, 0) == 1;)
-        bytes.push_back(byte);
-    ASSERT_GE(bytes.size(), known);
-    std::rotate(bytes.data(), bytes.data() + arrived, bytes.data() + known);
-    if (result == IO_FAILED)
-        bytes.resize(known), all.resize(known);
-    EXPECT_EQ(bytes, all);
 }
 
-// Each as the text says, and then with each of its calls failing or cancelling it: it is the last.
-TEST(Transfer, EveryWorkAreaAndEveryFailure)
+TEST(Transfer, CallsOfTheBackEnds)
 {
-    for (const std::string copy : copies) {
+    for (const char *const copy : copies)
         check_copy(copy);
-        const size_t equals = copy.find('='), calls = copy.find('{');
-        if (copy.compare(equals, 5, "= -1 ") == 0)
-            continue;
-        for (size_t at = calls; (at = copy.find("-> ", at)) != std::string::npos; at += 3) {
-            const std::string end = copy[copy.find_last_of("<>@", at)] == '@' ? "-7" : "-1";
-            check_copy(copy.substr(0, equals) + "= " + end + " " +
-                       copy.substr(calls, at + 3 - calls) + end + "}");
-        }
-    }
 }
 
 // A record begins with its number; the key is an address that stands for one. The context has how
@@ -191,7 +160,7 @@ TEST(BinSearch, HalvesByRelativeMoves)
 // A table of 40 records with the numbers 6, 12 and so on, behind 5 other bytes.
 TEST(BinSearch, EachRecordInMemoryAndInAFile)
 {
-    byte_vector table = numbers_from(1, 5 + 40 * 6);
+    std::string table = numbers_from(1, 5 + 40 * 6);
     FILE *const made = tmpfile();
     io_memory block = {245, 0, table.data()};
     io_stream memory = {memRead, memWrite, memSeek, reinterpret_cast<intptr_t>(&block), nullptr, 0};
@@ -230,7 +199,7 @@ TEST(Enhance, Pieces)
         {65000, -1, "64000 -> 64000, 1000 -> 65535"},
         {128000, 129534, "64000 -> 65534, 64000 -> 64000"},
     };
-    scripted_stream s(byte_vector(200000));
+    scripted_stream s(std::string(200000, ' '));
     const io_piece_proc proc = [](void *context, void *piece, uint16_t count) {
         auto &counter = *static_cast<scripted_stream *>(context);
         EXPECT_EQ(piece, counter.data.data() + counter.back);
@@ -263,7 +232,7 @@ TEST(Rows, OneTransferForEach)
     const auto other = static_cast<uint16_t>(2 | (memByteOrder() ^ MEM_ORDER_OTHER));
     for (const auto &[unit, firsts, seconds, flags, result, calls] : transfers) {
         scripted_stream s(numbers_from(1, 60));
-        byte_vector rows = numbers_from(101, 96);
+        std::string rows = numbers_from(101, 96);
         void *table[] = {&rows[64], &rows[32], &rows[0]};
         s.play(calls);
         const auto transfer = calls[0] == 'r' ? ioRead2D : ioWrite2D;

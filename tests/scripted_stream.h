@@ -1,4 +1,4 @@
-// A stream over a vector of bytes that plays a script and keeps a log.
+// A stream over a string of bytes that plays a script and keeps a log.
 #ifndef TESSEL_TESTS_SCRIPTED_STREAM_H
 #define TESSEL_TESTS_SCRIPTED_STREAM_H
 
@@ -9,24 +9,22 @@
 #include <deque>
 #include <string.h>
 #include <string>
-#include <vector>
-
-using byte_vector = std::vector<unsigned char>;
 
 // Each call of the back end takes the next outcome of the script, the most bytes that it moves or
 // IO_FAILED; behind the script's end calls do all that is asked. The position is that of a file: it
 // may lie behind the end, and a write there fills the gap.
 struct scripted_stream : io_stream {
-    byte_vector data;
+    std::string data;
     int32_t back = 0;
     int32_t longest_read = INT32_MAX;
+    int32_t longest_write = INT32_MAX;
     std::deque<int32_t> script;
-    std::string log;                // "read 512 -> 3, seek -2 1 -> 1"
-    std::string *journal = &log;    // where calls are noted: the log, or one of several streams
+    std::string log;             // "read 512 -> 3, seek -2 1 -> 1"
+    std::string *journal = &log; // where calls are noted: the log, one of several streams, or none
     scripted_stream *leader = this; // whose script and journal the calls go by
     std::string name;               // in front of each call
 
-    explicit scripted_stream(byte_vector bytes = {})
+    explicit scripted_stream(std::string bytes = {})
         : io_stream{read_back, write_back, seek_back, 0, nullptr, 0xa5}, data(std::move(bytes))
     {
     }
@@ -49,19 +47,30 @@ struct scripted_stream : io_stream {
         return std::max(static_cast<int32_t>(data.size()) - back, 0);
     }
     // The next unread byte of the buffer, or the next free one.
-    unsigned char *next() const
+    char *next() const
     {
-        return reinterpret_cast<unsigned char *>(buffer + 1) + buffer->position;
+        return reinterpret_cast<char *>(buffer + 1) + buffer->position;
+    }
+    // Bytes that the buffer is ahead of the stream.
+    int32_t unread() const
+    {
+        return buffer && buffer->mode == IO_MODE_READ ? buffer->count - buffer->position : 0;
+    }
+    std::string pending() const
+    {
+        const bool any = buffer && buffer->mode == IO_MODE_WRITE;
+        return any ? std::string(next() - buffer->position, next()) : "";
     }
 
     // The outcome of a call that could give `most`.
     int32_t finish(const std::string &call, int32_t most)
     {
         auto &outcomes = leader->script;
-        auto &calls = *leader->journal;
+        std::string *const calls = leader->journal;
         const int32_t result = outcomes.empty() ? most : std::min(outcomes[0], most);
         outcomes.erase(outcomes.begin(), outcomes.begin() + !outcomes.empty());
-        calls += (calls.empty() ? "" : ", ") + name + call + " -> " + std::to_string(result);
+        if (calls)
+            *calls += (calls->empty() ? "" : ", ") + name + call + " -> " + std::to_string(result);
         return result;
     }
 
@@ -71,18 +80,23 @@ struct scripted_stream : io_stream {
         auto &s = *static_cast<scripted_stream *>(stream);
         const int32_t most = std::min({bytes, s.left(), s.longest_read});
         const int32_t moved = s.finish("read " + std::to_string(bytes), most);
-        for (int32_t i = 0; i < moved; i++)
-            static_cast<unsigned char *>(dest)[i] = s.data[static_cast<size_t>(s.back++)];
+        if (moved > 0) {
+            memcpy(dest, s.data.data() + s.back, static_cast<size_t>(moved));
+            s.back += moved;
+        }
         return moved;
     }
     static int32_t write_back(io_stream *stream, const void *source, int32_t bytes)
     {
         auto &s = *static_cast<scripted_stream *>(stream);
-        const int32_t moved = s.finish("write " + std::to_string(bytes), bytes);
+        const int32_t most = std::min(bytes, s.longest_write);
+        const int32_t moved = s.finish("write " + std::to_string(bytes), most);
         if (moved > s.left())
             s.data.resize(static_cast<size_t>(s.back + moved));
-        for (int32_t i = 0; i < moved; i++)
-            s.data[static_cast<size_t>(s.back++)] = static_cast<const unsigned char *>(source)[i];
+        if (moved > 0) {
+            memcpy(s.data.data() + s.back, source, static_cast<size_t>(moved));
+            s.back += moved;
+        }
         return moved;
     }
     static int32_t seek_back(io_stream *stream, int32_t offset, int32_t whence)
