@@ -40,6 +40,8 @@ struct listener {
 using outcome =
     std::tuple<int32_t, std::string, int32_t, int32_t, int32_t, int32_t, std::string, int32_t>;
 
+enum front_end { reads, sleeps, waits, observes };
+
 // The whole text and an index into it. What a callback cancels is thrown.
 struct scan_model {
     static constexpr size_t none = 3, cut = 4;
@@ -178,14 +180,13 @@ struct scan_model {
         return result;
     }
     // `size` 0 means no room: the item is only counted.
-    outcome read(const char *delimiter_set, int32_t size, uint32_t mode)
+    int32_t item(const char *delimiter_set, int32_t size, uint32_t mode)
     {
         const std::string set = delimiter_set ? delimiter_set : " \t\r\n";
         std::string skip, kept_room(static_cast<size_t>(size), '~');
         for (const char c : " \t\r\n"s)
             if (!(mode & 0x20) || set.find(c) == std::string::npos)
                 skip += c;
-        ears.heard.clear();
         int32_t result;
         do {
             room.clear();
@@ -194,6 +195,19 @@ struct scan_model {
             result = result < 0 ? -1 : scan(set, mode);
             kept_room = room;
         } while (result == 2 && text.count <= 0 && !(mode & 0x80));
+        return result;
+    }
+    outcome read(front_end how, const char *set, int32_t size, uint32_t mode)
+    {
+        constexpr uint32_t modes[] = {0, 0x10, 0x20, 0x21}; // of the front ends
+        ears.heard.clear();
+        int32_t result;
+        do {
+            result = how ? item(set, 0, modes[how]) : item(set, size, mode);
+        } while (result == 2 && (how == sleeps || how == observes));
+        if (how == waits && result >= 0 && text.count > 0)
+            result = -100;
+        room.resize(size, '~');
         return {result,          room + '~',      text.count, text.line,
                 text.terminator, text.error_line, ears.heard, static_cast<int32_t>(at)};
     }
@@ -205,13 +219,16 @@ struct session {
     io_text text;
     listener ears;
 
-    outcome read(const char *set, int32_t size, uint32_t mode)
+    outcome read(front_end how, const char *set, int32_t size, uint32_t mode)
     {
         std::string room(static_cast<size_t>(size) + 1, '~'); // one more, to stay as it is
         ears.heard.clear();
         text.callback_data = reinterpret_cast<uintptr_t>(this);
         const int32_t result =
-            iotextRead(&source, set, size > 0 ? room.data() : nullptr, size, mode, &text);
+            how == sleeps  ? iotextSleep(&source, set, &text)
+            : how == waits ? iotextWait(&source, set, &text)
+            : how          ? iotextObserve(&source, set, &text)
+                  : iotextRead(&source, set, size > 0 ? room.data() : nullptr, size, mode, &text);
         return {result,          room,       text.count,       text.line, text.terminator,
                 text.error_line, ears.heard, source.position()};
     }
@@ -249,8 +266,9 @@ void run(fuzz_input input)
     for (int call = 0, result = 1; call < 30 && result != 0 && result != -1; call++) {
         s.text.callback_flags = model.text.callback_flags = events & 0x40 ? 0 : events & 0x3f;
         const char *const stops = events & 0x80 ? nullptr : set.c_str();
-        const outcome expected = model.read(stops, size, mode), got = s.read(stops, size, mode);
-        expect(got == expected);
+        const auto front = how < 0xc0 ? reads : static_cast<front_end>((play / 2 + call) % 4);
+        const outcome expected = model.read(front, stops, size, mode);
+        expect(s.read(front, stops, size, mode) == expected);
         result = std::get<0>(expected);
     }
 }

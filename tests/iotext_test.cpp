@@ -59,42 +59,6 @@ TEST(iotext, reads_a_commented_text_item_by_item)
     }
 }
 
-TEST(iotext, front_ends_move_the_source)
-{
-    using front_end = int32_t (*)(const io_source *, const char *, io_text *);
-    constexpr front_end sleep = iotextSleep, await = iotextWait, watch = iotextObserve;
-    const struct {
-        front_end proc;
-        const char *in, *set;
-        int32_t result, terminator, line;
-        const char *rest;
-    } rows[] = {
-        {sleep, "a #,\n c,d", ",", 1, ',', 1, "d"},  {sleep, "  \nx", "\n", 1, '\n', 1, "x"},
-        {sleep, "ab c", nullptr, 1, ' ', 0, "c"},    {sleep, "a*/b", "b", -1025, 77, 0, "b"},
-        {await, " \n/*=*/=x", "=", 1, '=', 1, "x"},  {await, " \r\nx", "\n", 1, '\n', 1, "x"},
-        {await, " y =x", "=", -100, '=', 0, "x"},    {await, "y/*=*/=", "=", -100, 'y', 0, "="},
-        {await, " # =\n ", "=", 0, '#', 1, ""},      {watch, "\n#\n x", nullptr, 1, 'x', 2, "x"},
-        {watch, " ,#\n, x", ",", 1, ' ', 1, " x"},   {watch, "\n\r\n x", "\n", 1, ' ', 2, " x"},
-        {watch, ",\r\nx", ",", 1, '\n', 0, "\r\nx"}, {watch, ",/*,*/", ",", 0, ',', 0, ""},
-        {await, " y */=", "=", -1025, 'y', 0, "="},
-    };
-    for (const auto &row : rows) {
-        for (const shape how : shapes) {
-            // Without comments the record makes no difference.
-            const text_source source(row.in, how), unrecorded(row.in, how);
-            io_text text = text_record(usual);
-            text.terminator = 77;
-            EXPECT_EQ(row.proc(&source, row.set, &text), row.result) << row.in;
-            EXPECT_EQ(source.rest(), row.rest) << row.in;
-            EXPECT_EQ(text.line, row.line) << row.in;
-            EXPECT_EQ(text.terminator, row.terminator) << row.in;
-            if (!strpbrk(row.in, "#/")) {
-                EXPECT_EQ(row.proc(&unrecorded, row.set, nullptr), row.result) << row.in;
-            }
-        }
-    }
-}
-
 struct string_row {
     std::string in, dest; // "~" for an untouched `dest`
     uint32_t flags = 0;
