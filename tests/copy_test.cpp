@@ -43,7 +43,7 @@ TEST_F(FileCopy, CopiesBetweenAnyPositions)
     const intptr_t descriptor = free_descriptor(temp);
     for (const int32_t to : {-1, 0, 50, 120})
         for (const int32_t from : {-1, 0, 50, 300})
-            for (const size_t count : {0, 30, 300})
+            for (const size_t count : {0u, 30u, 300u})
                 for (const uint32_t flags : {0x0u, 0x301u, 0x1100u}) {
                     SCOPED_TRACE(testing::Message() << " to " << to << " from " << from << " count "
                                                     << count << " flags " << flags);
