@@ -63,7 +63,7 @@ int32_t watch(void *context, int32_t bytes)
 {
     auto &watcher = *static_cast<scripted_stream *>(context);
     EXPECT_TRUE(bytes == 0 || !watcher.leader->buffer);
-    return watcher.finish(std::to_string(bytes), INT32_MAX);
+    return watcher.finish("", bytes, INT32_MAX);
 }
 
 void check_copy(const std::string &expected)
@@ -163,7 +163,7 @@ TEST(Enhance, Pieces)
         auto &counter = *static_cast<scripted_stream *>(context);
         EXPECT_EQ(piece, counter.data.data() + counter.back);
         counter.back += count;
-        return static_cast<uint16_t>(counter.finish(std::to_string(count), INT32_MAX));
+        return static_cast<uint16_t>(counter.finish("", count, INT32_MAX));
     };
     for (const auto &[length, total, calls] : runs) {
         s.play(calls);

@@ -39,7 +39,7 @@ int main(int argc, char **argv)
     printf("%d inputs of the corpus, and random ones with seed %s\n", inputs, seed.c_str());
     std::mt19937 random(static_cast<uint32_t>(std::stoul(seed)));
     for (int turn = 0; turn < 20000; turn++) {
-        input.resize(random() % (turn % 8 ? 64 : 512));
+        input.resize(random() % (turn % 8 ? 96 : 1024));
         for (uint8_t &byte : input)
             byte = static_cast<uint8_t>(random());
         LLVMFuzzerTestOneInput(input.data(), input.size());

@@ -62,15 +62,16 @@ struct scripted_stream : io_stream {
         return any ? std::string(next() - buffer->position, next()) : "";
     }
 
-    // The outcome of a call that could give `most`.
-    int32_t finish(const std::string &call, int32_t most)
+    // The outcome of a call that could give `most`. The text of it takes long to put together.
+    int32_t finish(const char *call, int32_t number, int32_t most, const char *whence = "")
     {
         auto &outcomes = leader->script;
         std::string *const calls = leader->journal;
         const int32_t result = outcomes.empty() ? most : std::min(outcomes[0], most);
         outcomes.erase(outcomes.begin(), outcomes.begin() + !outcomes.empty());
         if (calls)
-            *calls += (calls->empty() ? "" : ", ") + name + call + " -> " + std::to_string(result);
+            *calls += (calls->empty() ? "" : ", ") + name + call + std::to_string(number) + whence +
+                      " -> " + std::to_string(result);
         return result;
     }
 
@@ -79,7 +80,7 @@ struct scripted_stream : io_stream {
     {
         auto &s = *static_cast<scripted_stream *>(stream);
         const int32_t most = std::min({bytes, s.left(), s.longest_read});
-        const int32_t moved = s.finish("read " + std::to_string(bytes), most);
+        const int32_t moved = s.finish("read ", bytes, most);
         if (moved > 0) {
             memcpy(dest, s.data.data() + s.back, static_cast<size_t>(moved));
             s.back += moved;
@@ -90,7 +91,7 @@ struct scripted_stream : io_stream {
     {
         auto &s = *static_cast<scripted_stream *>(stream);
         const int32_t most = std::min(bytes, s.longest_write);
-        const int32_t moved = s.finish("write " + std::to_string(bytes), most);
+        const int32_t moved = s.finish("write ", bytes, most);
         if (moved > s.left())
             s.data.resize(static_cast<size_t>(s.back + moved));
         if (moved > 0) {
@@ -104,8 +105,8 @@ struct scripted_stream : io_stream {
         auto &s = *static_cast<scripted_stream *>(stream);
         const int32_t bases[] = {0, s.back, static_cast<int32_t>(s.data.size())};
         const int32_t target = std::max<int32_t>(bases[whence] + offset, IO_FAILED);
-        const std::string call = "seek " + std::to_string(offset) + " " + std::to_string(whence);
-        const int32_t result = s.finish(call, target);
+        const char *const from[] = {" 0", " 1", " 2"};
+        const int32_t result = s.finish("seek ", offset, target, from[whence]);
         s.back = result == IO_FAILED ? s.back : result;
         return result;
     }
