@@ -142,6 +142,10 @@ TEST(BinSearch, FindsEachRecord)
     EXPECT_EQ(search(&s, 2, 20, 1, nullptr), 0);
     EXPECT_EQ(s.log, "seek 5 0 -> 5, seek 6 1 -> 11, read 6 -> 6, "
                      "seek 0 1 -> 17, read 1 -> 1, seek 5 1 -> 23, read 1 -> 1");
+    for (const uint32_t number : {245u, 246u}) { // behind the end
+        ioSeek(&s, 5, IO_FROM_START);
+        EXPECT_EQ(search(&s, 90, number, 1, nullptr), 0);
+    }
     s.seek = nullptr;
     EXPECT_EQ(search(&s, 1, 24, 1, nullptr), 0);
 }
