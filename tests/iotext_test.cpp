@@ -59,6 +59,21 @@ TEST(iotext, reads_a_commented_text_item_by_item)
     }
 }
 
+TEST(iotext, needs_no_record)
+{
+    for (const shape how : shapes) {
+        const text_source source(" #a =b ;/c", how);
+        char room[4];
+        EXPECT_EQ(iotextRead(&source, nullptr, room, 0, 0, nullptr), IOTEXT_TOO_LONG);
+        EXPECT_EQ(iotextRead(&source, nullptr, room, 4, 0, nullptr), IOTEXT_STOPPED);
+        EXPECT_STREQ(room, "#a");
+        EXPECT_EQ(iotextWait(&source, "=", nullptr), IOTEXT_STOPPED);
+        EXPECT_EQ(iotextSleep(&source, ";", nullptr), IOTEXT_STOPPED);
+        EXPECT_EQ(iotextObserve(&source, "/", nullptr), IOTEXT_STOPPED);
+        EXPECT_EQ(source.rest(), "c");
+    }
+}
+
 struct string_row {
     std::string in, dest; // "~" for an untouched `dest`
     uint32_t flags = 0;

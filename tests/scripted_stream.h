@@ -18,6 +18,7 @@ struct scripted_stream : io_stream {
     int32_t back = 0;
     int32_t longest_read = INT32_MAX;
     int32_t longest_write = INT32_MAX;
+    bool fails_at_end = false; // reads do
     std::deque<int32_t> script;
     std::string log;             // "read 512 -> 3, seek -2 1 -> 1"
     std::string *journal = &log; // where calls are noted: the log, one of several streams, or none
@@ -79,7 +80,8 @@ struct scripted_stream : io_stream {
     static int32_t read_back(io_stream *stream, void *dest, int32_t bytes)
     {
         auto &s = *static_cast<scripted_stream *>(stream);
-        const int32_t most = std::min({bytes, s.left(), s.longest_read});
+        const bool fails = s.fails_at_end && s.left() == 0;
+        const int32_t most = fails ? -1 : std::min({bytes, s.left(), s.longest_read});
         const int32_t moved = s.finish("read ", bytes, most);
         if (moved > 0) {
             memcpy(dest, s.data.data() + s.back, static_cast<size_t>(moved));
