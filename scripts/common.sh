@@ -47,7 +47,8 @@ need_tests() {
   need /usr/include/gtest/gtest.h:libgtest-dev
 }
 
-# run_tests PRESET configures, builds and tests, and adds up what ran and failed.
+# run_tests PRESET configures, builds and tests, and adds up what passed and failed. A test that was
+# left out has done neither.
 tests_passed=0
 tests_failed=0
 run_tests() {
@@ -62,19 +63,28 @@ run_tests() {
     exit 1
   fi
   counts=$(sed -n '/<testsuite /,/>/p' "$report" | tr '\n\t' '  ')
-  local tests failures
-  tests=$(sed -n 's/.* tests="\([0-9]*\)".*/\1/p' <<<"$counts")
-  failures=$(sed -n 's/.* failures="\([0-9]*\)".*/\1/p' <<<"$counts")
-  if [ "$tests" -eq 0 ]; then
-    echo "The preset $preset has no tests." >&2
+  local tests failures left_out
+  tests=$(count_of tests)
+  failures=$(count_of failures)
+  left_out=$(($(count_of skipped) + $(count_of disabled)))
+  if [ "$tests" -eq "$left_out" ]; then
+    echo "The preset $preset has no tests that ran." >&2
     exit 1
+  fi
+  if [ "$left_out" -gt 0 ]; then
+    echo "$left_out tests of the preset $preset were skipped."
   fi
   # A run that fails without a failed test has failed all the same.
   if [ "$status" -ne 0 ] && [ "$failures" -eq 0 ]; then
     tests_failed=$((tests_failed + 1))
   fi
   tests_failed=$((tests_failed + failures))
-  tests_passed=$((tests_passed + tests - failures))
+  tests_passed=$((tests_passed + tests - failures - left_out))
+}
+
+# count_of NAME gives a number of the report that run_tests reads.
+count_of() {
+  sed -n "s/.* $1=\"\([0-9]*\)\".*/\1/p" <<<"$counts"
 }
 
 # check NAME COMMAND... counts a check and shows the output of one that fails.

@@ -187,7 +187,7 @@ int32_t x_ule(x_int a, x_int b)
 }
 
 // What makes a letter of a digit from 10 upward.
-static uint32_t letter_offset(uint32_t format)
+static uint64_t letter_offset(uint32_t format)
 {
     const char first = format & X_CAPITALS ? 'A' : 'a';
     return static_cast<uint8_t>(first) - 10u;
@@ -257,7 +257,7 @@ static void store_characters(char *dest, Word characters)
 {
     store(dest, characters);
     if (conversion_code(MEM_ORDER_LITTLE) == MEM_CONVERT_INVERT)
-        memInvert(dest, sizeof characters);
+        memInvert(dest, sizeof characters); // GCOVR_EXCL_LINE: only where the order is another
 }
 
 // The last `count` of eight characters, 1 to 8, in stores that overlap instead of a loop whose end
