@@ -210,6 +210,10 @@ TEST(Bintree, PathsGrow)
         if (path.flags & BINTREE_OWNED)
             memFree(path.steps);
     }
+    bintree_path broken = {nullptr, -2, BINTREE_GROW, 0, 0};
+    bintree_node *found;
+    int32_t compares = 0;
+    EXPECT_EQ(bintreeIterate(&found, root, &compares, to_the_end, &broken), BINTREE_NO_ROOM);
     bintreeClear(&root);
     EXPECT_EQ(heap.held, 0);
 }

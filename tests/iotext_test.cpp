@@ -65,6 +65,7 @@ TEST(iotext, needs_no_record)
         const text_source source(" #a =b ;/c", how);
         char room[4];
         EXPECT_EQ(iotextRead(&source, nullptr, room, 0, 0, nullptr), IOTEXT_TOO_LONG);
+        EXPECT_EQ(iotextReadString(&source, room, 0, 0, '"', 0, 0, nullptr), IOTEXT_TOO_LONG);
         EXPECT_EQ(iotextRead(&source, nullptr, room, 4, 0, nullptr), IOTEXT_STOPPED);
         EXPECT_STREQ(room, "#a");
         EXPECT_EQ(iotextWait(&source, "=", nullptr), IOTEXT_STOPPED);
