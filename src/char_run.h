@@ -5,41 +5,42 @@
 #include "bytes.h"
 #include "char_set.h"
 
-// What ends a run: the members of a set, line ends, and a few more characters. They are kept apart
-// since a set that is not made for the call needs no preparation then: writing a set and reading it
-// back at once costs more than a scan of a short item does otherwise.
-//
-// Text is mostly made of word characters: letters, digits and everything beyond ASCII. Where none
-// of them ends a run, which is nearly always, a block of text is tested for them at once, with no
-// branch that depends on where the word ends; other characters are looked up.
-struct char_run {
-    const char_set *set;
-    char others[3]; // line feeds where there are fewer
-    bool words;     // word characters are ordinary
-};
-
 typedef unsigned char char_block __attribute__((vector_size(16)));
 
 inline constexpr int32_t char_block_size = sizeof(char_block);
 
-constexpr char_set make_word_set()
-{
-    char_set set = char_set_of("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ");
-    char_set_remove(set, '\0');
-    set.words[2] = set.words[3] = ~uint64_t{0};
-    return set;
-}
+// Characters that a search of blocks halts at: all up to `last`, and those of which one fills a
+// block. The first three blocks always count; with their number known the search of an item is a
+// straight line.
+struct char_halts {
+    char_block last;
+    char_block others[16];
+    int32_t count;
+};
 
-inline constexpr char_set word_set = make_word_set();
+// What ends a run: the members of a set, line ends, and a few more characters. They are kept apart
+// since a set that is not made for the call needs no preparation then. Characters are looked up one
+// by one, but for those in front of a halt.
+struct char_run {
+    const char_set *set;
+    uint32_t others[3];      // NUL where there are fewer
+    const char_halts *halts; // every end is one; null when there are too many
+};
 
 inline bool is_line_end(char c)
 {
     return c == '\n' || c == '\r';
 }
 
+inline bool is_blank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
 inline bool char_run_ends_at_other(const char_run &run, char c)
 {
-    return c == run.others[0] || c == run.others[1] || c == run.others[2];
+    const uint32_t code = static_cast<unsigned char>(c);
+    return code == run.others[0] || code == run.others[1] || code == run.others[2];
 }
 
 inline bool char_run_ends(const char_run &run, char c)
@@ -70,12 +71,72 @@ inline int32_t first_hit(char_block block)
 #endif
 }
 
-// Number of word characters that a block begins with.
-inline int32_t word_length(char_block block)
+inline char_block block_of(uint32_t c)
 {
-    const char_block letter = (block | 0x20) - 'a';
-    const char_block digit = block - '0';
-    return first_hit((letter > 'z' - 'a') & (digit > 9) & (block < 0x80));
+    return char_block{} + static_cast<unsigned char>(c);
+}
+
+// Halts at line ends, NUL, other characters up to `last`, and three more. One that is not needed
+// can be NUL.
+inline void begin_halts(char_halts &halts, uint32_t last, uint32_t first, uint32_t second,
+                        uint32_t third)
+{
+    halts.last = block_of(last);
+    halts.others[0] = block_of(first);
+    halts.others[1] = block_of(second);
+    halts.others[2] = block_of(third);
+    halts.count = 3;
+}
+
+// Adds a halt behind the carriage return. False when there are too many.
+inline bool add_halt(char_halts &halts, char c)
+{
+    constexpr int32_t most = sizeof halts.others / sizeof *halts.others;
+    if (static_cast<unsigned char>(c) <= '\r')
+        return true;
+    if (halts.count == most)
+        return false;
+    halts.others[halts.count++] = block_of(static_cast<unsigned char>(c));
+    return true;
+}
+
+// Number of characters in front of the first halt of a block.
+inline int32_t halt_length(const char_halts &halts, char_block block)
+{
+    auto hits = (block <= halts.last) | (block == halts.others[0]) | (block == halts.others[1]) |
+                (block == halts.others[2]);
+    const char_block *const end = halts.others + halts.count;
+    for (const char_block *other = halts.others + 3; other < end; other++)
+        hits |= block == *other;
+    return first_hit(reinterpret_cast<char_block>(hits));
+}
+
+// Number of characters in front of the first halt, or those of all whole blocks.
+inline int32_t halt_length(const char_halts &halts, const char *from, int32_t length)
+{
+    int32_t done = 0;
+    while (length - done >= char_block_size) {
+        const int32_t step = halt_length(halts, load<char_block>(from + done));
+        done += step;
+        if (step < char_block_size)
+            break;
+    }
+    return done;
+}
+
+// Number of blanks and tabs at the start, at most those of all whole blocks.
+inline int32_t blank_length(const char *from, int32_t length)
+{
+    int32_t done = 0;
+    while (length - done >= char_block_size) {
+        const char_block block = load<char_block>(from + done);
+        const auto others = (block != ' ') & (block != '\t');
+        const int32_t step = first_hit(reinterpret_cast<char_block>(others));
+        done += step;
+        if (step < char_block_size)
+            break;
+    }
+    return done;
 }
 
 // Number of characters in front of the first line end of a block.
@@ -89,12 +150,8 @@ inline int32_t ordinary_length(const char_run &run, const char *from, int32_t le
 {
     int32_t done = 0;
     for (;;) {
-        while (run.words && length - done >= char_block_size) {
-            const int32_t step = word_length(load<char_block>(from + done));
-            done += step;
-            if (step < char_block_size)
-                break;
-        }
+        if (run.halts)
+            done += halt_length(*run.halts, from + done, length - done);
         if (done == length || char_run_ends(run, from[done]))
             return done;
         done++;
@@ -119,9 +176,9 @@ inline int32_t copy_ordinary(const char_run &run, char *to, const char *from, in
 {
     int32_t done = 0;
     for (;;) {
-        while (run.words && length - done >= char_block_size) {
+        while (run.halts && length - done >= char_block_size) {
             const char_block block = load<char_block>(from + done);
-            const int32_t step = word_length(block);
+            const int32_t step = halt_length(*run.halts, block);
             store_front(to + done, block, step);
             done += step;
             if (step < char_block_size)

@@ -47,9 +47,12 @@ struct text_scan {
     uint32_t events;    // the events that the callback wants
     uint32_t mode;      // mode bits
     char_run run;       // ends at stops, which a line end is as a line feed, and at delimiters
-    char *dest;         // the item's room, or null
-    int64_t capacity;   // characters that fit
-    int64_t count;      // characters of the item so far
+    char_halts halts;   // of the run, when they are found
+    bool searchable;    // they are still to be found, for `delimiters`
+    const char *delimiters;
+    char *dest;       // the item's room, or null
+    int64_t capacity; // characters that fit
+    int64_t count;    // characters of the item so far
 };
 
 // Views
@@ -154,15 +157,17 @@ static bool pass_line_end(text_scan &scan)
 
 // Comments
 
-static constexpr char_run line_run = {&no_characters, {'\n', '\n', '\n'}, true};
-
-// Lets a run end at the first character of a delimiter too, if there is one.
-static void end_at(char_run &run, int which, const char *delimiter, int32_t length)
+// The first character of a delimiter, or NUL where there is none.
+static uint32_t first_of(const char *delimiter, int32_t length)
 {
-    if (!delimiter || length <= 0)
-        return;
-    run.others[which] = *delimiter;
-    run.words = run.words && !char_set_has(word_set, *delimiter);
+    return delimiter && length > 0 ? static_cast<unsigned char>(*delimiter) : 0;
+}
+
+// A run inside a comment, with its halts: up to a line end or one more character.
+static char_run comment_run(char_halts &halts, uint32_t other)
+{
+    begin_halts(halts, '\r', other, 0, 0);
+    return {&no_characters, {other, 0, 0}, &halts};
 }
 
 [[gnu::noinline]] static int32_t scan_line_comment(text_scan &scan)
@@ -172,6 +177,8 @@ static void end_at(char_run &run, int which, const char *delimiter, int32_t leng
         IOTEXT_CANCELLED)
         return IOTEXT_CANCELLED;
 
+    char_halts halts;
+    const char_run run = comment_run(halts, 0);
     char line_feed[] = "\n";
     const char *closed_by = nullptr;
     while (!closed_by) {
@@ -180,7 +187,7 @@ static void end_at(char_run &run, int which, const char *delimiter, int32_t leng
         if (scan.available == 0)
             break;
         if (!(scan.events & IOTEXT_WANT_LINE_COMMENTS)) {
-            advance(scan, ordinary_length(line_run, scan.cursor, scan.available));
+            advance(scan, ordinary_length(run, scan.cursor, scan.available));
             if (scan.available == 0)
                 continue;
         }
@@ -221,8 +228,10 @@ static match pass_delimiter(text_scan &scan, const char *delimiter, int32_t leng
         if (outcome != lookahead::enough)
             return outcome == lookahead::ended ? match::ended : match::broken;
     }
-    if (memcmp(scan.cursor, delimiter, static_cast<uint32_t>(length)) != 0)
-        return match::no;
+    for (int32_t i = 1; i < length; i++) {
+        if (scan.cursor[i] != delimiter[i])
+            return match::no;
+    }
     advance(scan, length);
     release_view(scan);
     return match::yes;
@@ -242,8 +251,8 @@ static int32_t comment_fault(text_scan &scan)
         IOTEXT_CANCELLED)
         return IOTEXT_CANCELLED;
 
-    char_run run = line_run;
-    end_at(run, 0, text->block_close, text->block_close_length);
+    char_halts halts;
+    const char_run run = comment_run(halts, first_of(text->block_close, text->block_close_length));
     int32_t pending = 0;
     for (;;) {
         if (scan.available == 0 && !next_view(scan))
@@ -318,10 +327,25 @@ static void set_terminator(text_scan &scan, char ch)
     return scan_on;
 }
 
+// Where an item may end: at stops and at `others`, which begin delimiters. False when there are too
+// many places.
+static bool find_halts(char_halts &halts, const char *delimiters, const uint32_t *others)
+{
+    begin_halts(halts, delimiters ? '\r' : ' ', others[0], others[1], others[2]);
+    if (!delimiters)
+        return true;
+    while (*delimiters && add_halt(halts, *delimiters))
+        delimiters++;
+    return *delimiters == '\0';
+}
+
 // Moves the ordinary characters at the cursor at once. A full room ends the run, and the character
 // that does not fit is left for the step that knows what to do with it.
 static void take_run(text_scan &scan)
 {
+    if (scan.searchable && find_halts(scan.halts, scan.delimiters, scan.run.others))
+        scan.run.halts = &scan.halts;
+    scan.searchable = false;
     const bool counted_only = !scan.dest || (scan.mode & IOTEXT_CUT && scan.count >= scan.capacity);
     int32_t run;
     if (counted_only) {
@@ -389,60 +413,189 @@ static int32_t scan_character(text_scan &scan)
     return scan_on;
 }
 
-// Goes on from a view that was just opened; one of no characters is the end of the input.
+// Goes on from a view that was just opened; one of no characters is the end of the input. The first
+// character comes before the first run: where a comment begins, no run is taken at all.
 static int32_t scan_text(text_scan &scan)
 {
     while (scan.available > 0) {
-        if (!(scan.events & IOTEXT_WANT_CHARACTERS))
+        const int32_t result = scan_character(scan);
+        if (result != scan_on)
+            return result;
+        if (scan.available > 0 && !(scan.events & IOTEXT_WANT_CHARACTERS))
             take_run(scan);
-        if (scan.available > 0) {
-            const int32_t result = scan_character(scan);
-            if (result != scan_on)
-                return result;
-        }
         if (scan.available == 0 && !next_view(scan))
             return scan_broken;
     }
     return IOTEXT_END;
 }
 
-// One scan
+// The arguments of a scan.
+struct text_call {
+    const io_source *source;
+    const char *delimiters;
+    char *dest;
+    int32_t size;
+    uint32_t mode;
+    io_text *text;
+};
 
-// The fields are written one by one, and the run's where it stays: a record copied whole just after
-// its parts were written waits for them to reach memory, which takes a fifth of a short scan's
-// time.
-static void start_scan(text_scan &scan, const char_set &stops, bool words, uint32_t mode)
+// Terminates and trims an item. The result is the number of characters that are left.
+static int32_t end_item(char *dest, int32_t stored, uint32_t mode)
+{
+    char *const end = dest + stored;
+    *end = '\0';
+    if (mode & IOTEXT_NO_TRIM || stored == 0 || !char_set_has(white_set, end[-1]))
+        return stored;
+    const int32_t kept =
+        strBackwardTokenIndex(end, stored, str_white_char, STR_COMPLEMENT | STR_FROM_END);
+    if (kept < 0)
+        return stored;
+    dest[kept] = '\0';
+    return kept;
+}
+
+// Plain items
+
+// White space at the start of a view.
+struct white_run {
+    int32_t length;
+    int32_t count; // of characters, each line end as one
+    int32_t lines;
+};
+
+// The white space that leads up to a character in the same view, or a part of it.
+static white_run find_white(const char *view, int32_t available)
+{
+    white_run white = {0, 0, 0};
+    for (;;) {
+        const int32_t blanks = blank_length(view + white.length, available - white.length);
+        white.length += blanks;
+        white.count += blanks;
+        if (available - white.length < 2 || !is_line_end(view[white.length]))
+            return white;
+        const char first = view[white.length++];
+        white.length += is_line_end(view[white.length]) && view[white.length] != first;
+        white.count++;
+        white.lines++;
+    }
+}
+
+static bool is_stop(const char *delimiters, char c)
+{
+    if (!delimiters)
+        return char_set_has(white_set, c);
+    while (*delimiters && *delimiters != c)
+        delimiters++;
+    return *delimiters == c;
+}
+
+static bool has_white(const char *delimiters)
+{
+    for (const char *c = str_white_char; *c; c++) {
+        if (is_stop(delimiters, *c))
+            return true;
+    }
+    return false;
+}
+
+static void find_others(uint32_t *others, const io_text *text, uint32_t mode)
+{
+    others[0] = others[1] = others[2] = 0;
+    if (mode & IOTEXT_NO_COMMENTS)
+        return;
+    others[0] = first_of(text->line_comment, text->line_comment_length);
+    others[1] = first_of(text->block_open, text->block_open_length);
+    others[2] = first_of(text->block_close, text->block_close_length);
+}
+
+// Reads an item that lies in the view as a whole, with white space in front of it, the stop behind
+// it and one character more. Most do, and they need no record of where the scan is, which makes
+// this twice as fast. False when this one does not; nothing is changed then.
+static bool read_plain_item(const text_call &call, const io_source &access, const char *view,
+                            int32_t available)
+{
+    io_text *const text = call.text;
+    if (call.mode & (IOTEXT_INVERTED | IOTEXT_NO_STOP) ||
+        wanted_events(text) & (IOTEXT_WANT_CHARACTERS | IOTEXT_WANT_STOPS))
+        return false;
+    uint32_t others[3];
+    char_halts halts;
+    find_others(others, text, call.mode);
+    if (!find_halts(halts, call.delimiters, others))
+        return false;
+
+    white_run white = {0, 0, 0};
+    const bool skip = !(call.mode & IOTEXT_NO_SKIP);
+    if (skip && available > 0 && char_set_has(white_set, *view)) {
+        if (call.mode & IOTEXT_SKIP_OTHERS && has_white(call.delimiters))
+            return false;
+        white = find_white(view, available);
+        view += white.length;
+        available -= white.length;
+    }
+    const int32_t length = halt_length(halts, view, available);
+    if (length >= available - 1 || (call.dest && length >= call.size))
+        return false;
+    // The skip may not have come to its end, and a comment may begin here.
+    char stop = view[length];
+    const uint32_t code = static_cast<unsigned char>(stop);
+    if ((length == 0 && skip && char_set_has(white_set, stop)) || code == others[0] ||
+        code == others[1] || code == others[2])
+        return false;
+    const char *end = view + length + 1;
+    const bool line_end = is_line_end(stop);
+    if (line_end) {
+        end += is_line_end(*end) && *end != stop;
+        stop = '\n';
+    }
+    if (!is_stop(call.delimiters, stop))
+        return false;
+
+    if (skip) {
+        text->line = wrap_add(text->line, white.lines);
+        text->count = white.count;
+    }
+    text->terminator = static_cast<signed char>(stop);
+    if (call.dest) {
+        if (length < char_block_size && call.size >= char_block_size)
+            store_front(call.dest, load<char_block>(view), length);
+        else
+            memmove(call.dest, view, static_cast<uint32_t>(length));
+    }
+    access.unlock(access.context, end);
+    text->count = length;
+    if (call.dest)
+        text->count = end_item(call.dest, length, call.delimiters ? call.mode : +IOTEXT_NO_TRIM);
+    if (line_end)
+        text->line = wrap_add(text->line, 1);
+    return true;
+}
+
+// All items
+
+static void start_scan(text_scan &scan, const char_set &stops, uint32_t mode)
 {
     scan.line = scan.text->line;
     scan.events = wanted_events(scan.text);
     scan.mode = mode;
     scan.run.set = &stops;
-    scan.run.words = words;
-    for (char &other : scan.run.others)
-        other = '\n';
+    scan.run.halts = nullptr;
+    for (uint32_t &other : scan.run.others)
+        other = 0;
+    scan.searchable = false;
     scan.dest = nullptr;
     scan.capacity = 0;
     scan.count = 0;
 }
 
-// Terminates and trims the item and completes the record.
+// Completes the item and the record.
 static void finish_scan(text_scan &scan)
 {
     release_view(scan);
     if (scan.dest) {
-        const int32_t stored =
-            static_cast<int32_t>(scan.count < scan.capacity ? scan.count : scan.capacity);
-        char *const end = scan.dest + stored;
-        *end = '\0';
-        const bool trim = !(scan.mode & IOTEXT_NO_TRIM) && stored > 0;
-        if (trim && char_set_has(white_set, end[-1])) {
-            const int32_t kept =
-                strBackwardTokenIndex(end, stored, str_white_char, STR_COMPLEMENT | STR_FROM_END);
-            if (kept >= 0) {
-                scan.dest[kept] = '\0';
-                scan.count -= stored - kept;
-            }
-        }
+        const int64_t stored = scan.count < scan.capacity ? scan.count : scan.capacity;
+        const auto length = static_cast<int32_t>(stored);
+        scan.count -= length - end_item(scan.dest, length, scan.mode);
     }
     scan.text->line = scan.line;
     scan.text->count = static_cast<int32_t>(scan.count);
@@ -454,7 +607,7 @@ static constexpr char_set white_skip_stops = char_set_complement(white_set);
 // white space or that is spared. The view that it stops in stays held for the scan that follows.
 [[gnu::noinline]] static bool skip_scan(text_scan &scan, const char_set &stops)
 {
-    start_scan(scan, stops, false, IOTEXT_INVERTED | IOTEXT_NO_COMMENTS | IOTEXT_NO_SKIP);
+    start_scan(scan, stops, IOTEXT_INVERTED | IOTEXT_NO_COMMENTS | IOTEXT_NO_SKIP);
     const int32_t result = scan_text(scan);
     if (result == scan_broken)
         return false;
@@ -467,13 +620,17 @@ static constexpr char_set white_skip_stops = char_set_complement(white_set);
 
 static bool skip_white(text_scan &scan)
 {
-    // Most items begin where the one before them stopped.
-    if (scan.available > 0 && char_set_has(white_skip_stops, *scan.cursor)) {
-        set_terminator(scan, *scan.cursor);
-        scan.text->count = 0;
-        return true;
-    }
-    return skip_scan(scan, white_skip_stops);
+    // The white space mostly ends in the view, and nobody listens.
+    const white_run white = find_white(scan.cursor, scan.available);
+    const bool heard = white.length > 0 && wanted_events(scan.text) & IOTEXT_WANT_CHARACTERS;
+    if (heard || white.length >= scan.available ||
+        char_set_has(white_set, scan.cursor[white.length]))
+        return skip_scan(scan, white_skip_stops);
+    advance(scan, white.length);
+    set_terminator(scan, *scan.cursor);
+    scan.text->line = wrap_add(scan.text->line, white.lines);
+    scan.text->count = white.count;
+    return true;
 }
 
 static bool skip_others(text_scan &scan, const char *delimiters)
@@ -487,66 +644,41 @@ static bool skip_others(text_scan &scan, const char *delimiters)
     return skip_scan(scan, stops);
 }
 
-// The stops of a scan and the words that they leave ordinary. A set is only made where there is
-// none at hand.
-struct text_stops {
-    const char_set *set;
-    bool words;
-    char_set own;
-};
-
-static void find_stops(text_stops &stops, const char *delimiters, uint32_t mode)
+// The stops of a scan. A set is only made where there is none at hand.
+static const char_set &find_stops(char_set &own, const char *delimiters, uint32_t mode)
 {
-    stops.words = !(mode & IOTEXT_INVERTED);
-    if (mode & IOTEXT_NO_STOP) {
-        stops.set = &no_characters;
-        stops.words = true;
-        return;
-    }
-    if (!delimiters) {
-        stops.set = mode & IOTEXT_INVERTED ? &white_skip_stops : &white_set;
-        return;
-    }
-    for (const char *c = delimiters; *c; c++)
-        stops.words = stops.words && !char_set_has(word_set, *c);
-    stops.own = char_set_of(delimiters);
+    if (mode & IOTEXT_NO_STOP)
+        return no_characters;
+    if (!delimiters)
+        return mode & IOTEXT_INVERTED ? white_skip_stops : white_set;
+    own = char_set_of(delimiters);
     if (mode & IOTEXT_INVERTED)
-        stops.own = char_set_complement(stops.own);
-    stops.set = &stops.own;
+        own = char_set_complement(own);
+    return own;
 }
 
-// A scan of a short item is as long as its calls: with the steps of an item in one body, and those
-// that few items need kept out of it, it takes four fifths of the time.
-[[gnu::flatten]] int32_t io_text_read(const io_source *source, const char *delimiters, char *dest,
-                                      int32_t size, uint32_t mode, io_text *text)
+// Reads any item, from a view that was just opened.
+static int32_t read_any_item(const text_call &call, const io_source &access, const char *view,
+                             int32_t available)
 {
-    if (dest && size < 1)
-        return IOTEXT_TOO_LONG;
-    if (!text) {
-        text = &io_text_default;
-        mode |= IOTEXT_NO_COMMENTS;
-    }
     text_scan scan;
-    scan.source = source;
-    scan.access = *source;
-    scan.text = text;
-    scan.cursor = nullptr;
-    if (!next_view(scan))
-        return IOTEXT_FAILED;
+    scan.source = call.source;
+    scan.access = access;
+    scan.text = call.text;
+    scan.cursor = view;
+    scan.available = available;
+    const uint32_t mode = call.mode;
     if (!(mode & IOTEXT_NO_SKIP) &&
-        !(mode & IOTEXT_SKIP_OTHERS ? skip_others(scan, delimiters) : skip_white(scan)))
+        !(mode & IOTEXT_SKIP_OTHERS ? skip_others(scan, call.delimiters) : skip_white(scan)))
         return IOTEXT_FAILED;
 
-    text_stops stops;
-    find_stops(stops, delimiters, mode);
-    start_scan(scan, *stops.set, stops.words, mode);
-    scan.dest = dest;
-    scan.capacity = int64_t{size} - 1;
-    if (!(mode & IOTEXT_NO_COMMENTS)) {
-        end_at(scan.run, 0, text->line_comment, text->line_comment_length);
-        end_at(scan.run, 1, text->block_open, text->block_open_length);
-        end_at(scan.run, 2, text->block_close, text->block_close_length);
-    }
+    char_set own;
+    start_scan(scan, find_stops(own, call.delimiters, mode), mode);
+    find_others(scan.run.others, scan.text, mode);
+    scan.delimiters = mode & IOTEXT_NO_STOP ? "" : call.delimiters;
+    scan.searchable = mode & IOTEXT_NO_STOP || !(mode & IOTEXT_INVERTED);
+    scan.dest = call.dest;
+    scan.capacity = int64_t{call.size} - 1;
     const int32_t result = scan_text(scan);
     if (result == scan_broken)
         return IOTEXT_FAILED;
@@ -554,17 +686,61 @@ static void find_stops(text_stops &stops, const char *delimiters, uint32_t mode)
     return result;
 }
 
+static const char *first_view(const io_source &access, int32_t *available)
+{
+    *available = 0;
+    void *const view = access.lock(access.context, reinterpret_cast<intptr_t>(available),
+                                   IO_LOCK_READ | IO_LOCK_THERE);
+    return static_cast<const char *>(view);
+}
+
+// One scan: every comment ends it with IOTEXT_COMMENT.
+static int32_t io_text_read(const text_call &call)
+{
+    const io_source access = *call.source;
+    int32_t available;
+    const char *const view = first_view(access, &available);
+    if (!view)
+        return IOTEXT_FAILED;
+    if (read_plain_item(call, access, view, available))
+        return IOTEXT_STOPPED;
+    return read_any_item(call, access, view, available);
+}
+
+// Reads an item that is not plain, and passes over the comments in front of it.
+[[gnu::noinline]] static int32_t read_on(const text_call &call, const io_source &access,
+                                         const char *view, int32_t available)
+{
+    int32_t result = read_any_item(call, access, view, available);
+    // A scan without a record never ends at a comment.
+    while (result == IOTEXT_COMMENT && !(call.mode & IOTEXT_EACH_COMMENT) && call.text->count <= 0)
+        result = io_text_read(call);
+    return result;
+}
+
 // Front ends
 
-int32_t iotextRead(const io_source *source, const char *delimiters, char *dest, int32_t size,
-                   uint32_t mode, io_text *text)
+// A short item is as long as its calls: with all of a plain one in one body it takes four fifths of
+// the time.
+[[gnu::flatten]] int32_t iotextRead(const io_source *source, const char *delimiters, char *dest,
+                                    int32_t size, uint32_t mode, io_text *text)
 {
-    for (;;) {
-        const int32_t result = io_text_read(source, delimiters, dest, size, mode, text);
-        // A scan without a record never ends at a comment.
-        if (result != IOTEXT_COMMENT || mode & IOTEXT_EACH_COMMENT || text->count > 0)
-            return result;
+    if (dest && size < 1)
+        return IOTEXT_TOO_LONG;
+    if (!text) {
+        text = &io_text_default;
+        mode |= IOTEXT_NO_COMMENTS;
     }
+    const text_call call = {source, delimiters, dest, size, mode, text};
+    const io_source access = *source;
+    int32_t available;
+    const char *const view = first_view(access, &available);
+    if (!view)
+        return IOTEXT_FAILED;
+    if (read_plain_item(call, access, view, available))
+        return IOTEXT_STOPPED;
+    // With a copy made for this call alone, the plain path keeps the arguments in registers.
+    return read_on(text_call(call), io_source(access), view, available);
 }
 
 int32_t iotextSleep(const io_source *source, const char *delimiters, io_text *text)

@@ -4,10 +4,6 @@
 
 #include "tessel/iotext.h"
 
-// One scan: as iotextRead(), but every comment ends it with IOTEXT_COMMENT.
-int32_t io_text_read(const io_source *source, const char *delimiters, char *dest, int32_t size,
-                     uint32_t mode, io_text *text);
-
 // Completes a line end whose first character, just before `cursor`, is consumed: passes over the
 // other character of a pair. Moves on to the next view where this one, of `available` characters,
 // is used up. Gives the cursor to go on with, or null when the source failed.
