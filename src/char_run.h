@@ -171,6 +171,19 @@ inline void store_front(char *to, char_block block, int32_t length)
     store(to, (block & mask) | (behind & ~mask));
 }
 
+// Copies characters by blocks, which may overlap if they move to the front. What lies behind them in
+// the last block is as with store_front().
+inline void copy_front(char *to, const char *from, int32_t length)
+{
+    while (length >= char_block_size) {
+        store(to, load<char_block>(from));
+        to += char_block_size;
+        from += char_block_size;
+        length -= char_block_size;
+    }
+    store_front(to, load<char_block>(from), length);
+}
+
 // As ordinary_length(), copying the characters; nothing behind them is changed.
 inline int32_t copy_ordinary(const char_run &run, char *to, const char *from, int32_t length)
 {

@@ -557,8 +557,10 @@ static bool read_plain_item(const text_call &call, const io_source &access, cons
     }
     text->terminator = static_cast<signed char>(stop);
     if (call.dest) {
-        if (length < char_block_size && call.size >= char_block_size)
-            store_front(call.dest, load<char_block>(view), length);
+        // The block that the item ends in is the view's and the room's as a whole, mostly.
+        const int32_t last = length | (char_block_size - 1);
+        if (last < available && last < call.size)
+            copy_front(call.dest, view, length);
         else
             memmove(call.dest, view, static_cast<uint32_t>(length));
     }
