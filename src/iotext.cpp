@@ -295,10 +295,10 @@ static int32_t comment_fault(text_scan &scan)
 // Text
 
 // Sign-extended, whatever plain char is here.
-static void set_terminator(text_scan &scan, char ch)
+static void set_terminator(io_text *text, char ch)
 {
     const auto character = static_cast<signed char>(ch);
-    scan.text->terminator = character; // NOLINT(bugprone-signed-char-misuse,cert-str34-c)
+    text->terminator = character; // NOLINT(bugprone-signed-char-misuse,cert-str34-c)
 }
 
 // Tries the three delimiters at the cursor. Where one stands there, the result is that of what it
@@ -389,7 +389,7 @@ static int32_t scan_character(text_scan &scan)
         ch = '\n';
     const bool stop = char_set_has(*scan.run.set, ch);
     if (stop && scan.mode & IOTEXT_INVERTED) {
-        set_terminator(scan, ch);
+        set_terminator(scan.text, ch);
         return IOTEXT_STOPPED;
     }
     if (line_end) {
@@ -400,7 +400,7 @@ static int32_t scan_character(text_scan &scan)
         advance(scan, 1);
     }
     if (stop) {
-        set_terminator(scan, ch);
+        set_terminator(scan.text, ch);
         const int32_t answer = raise(scan, IOTEXT_ON_STOP, IOTEXT_WANT_STOPS, &ch);
         return answer == IOTEXT_CANCELLED ? IOTEXT_CANCELLED : IOTEXT_STOPPED;
     }
@@ -508,68 +508,93 @@ static void find_others(uint32_t *others, const io_text *text, uint32_t mode)
     others[2] = first_of(text->block_close, text->block_close_length);
 }
 
-// Reads an item that lies in the view as a whole, with white space in front of it, the stop behind
-// it and one character more. Most do, and they need no record of where the scan is, which makes
-// this twice as fast. False when this one does not; nothing is changed then.
-static bool read_plain_item(const text_call &call, const io_source &access, const char *view,
+// An item that lies in the view as a whole, with white space in front of it, the stop behind it and
+// one character more.
+struct plain_item {
+    white_run white;
+    const char *text;
+    int32_t length;
+    int32_t available; // characters of the view from the text on
+    const char *end;   // behind the stop
+    char stop;
+    bool line_end;
+};
+
+static bool find_plain_item(plain_item &item, const text_call &call, const char *view,
                             int32_t available)
 {
-    io_text *const text = call.text;
     if (call.mode & (IOTEXT_INVERTED | IOTEXT_NO_STOP) ||
-        wanted_events(text) & (IOTEXT_WANT_CHARACTERS | IOTEXT_WANT_STOPS))
+        wanted_events(call.text) & (IOTEXT_WANT_CHARACTERS | IOTEXT_WANT_STOPS))
         return false;
     uint32_t others[3];
     char_halts halts;
-    find_others(others, text, call.mode);
+    find_others(others, call.text, call.mode);
     if (!find_halts(halts, call.delimiters, others))
         return false;
 
-    white_run white = {0, 0, 0};
+    item.white = {0, 0, 0};
     const bool skip = !(call.mode & IOTEXT_NO_SKIP);
     if (skip && available > 0 && char_set_has(white_set, *view)) {
         if (call.mode & IOTEXT_SKIP_OTHERS && has_white(call.delimiters))
             return false;
-        white = find_white(view, available);
-        view += white.length;
-        available -= white.length;
+        item.white = find_white(view, available);
     }
-    const int32_t length = halt_length(halts, view, available);
-    if (length >= available - 1 || (call.dest && length >= call.size))
-        return false;
-    // The skip may not have come to its end, and a comment may begin here.
-    char stop = view[length];
-    const uint32_t code = static_cast<unsigned char>(stop);
-    if ((length == 0 && skip && char_set_has(white_set, stop)) || code == others[0] ||
-        code == others[1] || code == others[2])
-        return false;
-    const char *end = view + length + 1;
-    const bool line_end = is_line_end(stop);
-    if (line_end) {
-        end += is_line_end(*end) && *end != stop;
-        stop = '\n';
-    }
-    if (!is_stop(call.delimiters, stop))
+    item.text = view + item.white.length;
+    item.available = available - item.white.length;
+    item.length = halt_length(halts, item.text, item.available);
+    if (item.length >= item.available - 1 || (call.dest && item.length >= call.size))
         return false;
 
-    if (skip) {
-        text->line = wrap_add(text->line, white.lines);
-        text->count = white.count;
+    // The skip may not have come to its end, and a comment may begin here.
+    const char c = item.text[item.length];
+    const uint32_t code = static_cast<unsigned char>(c);
+    if ((item.length == 0 && skip && char_set_has(white_set, c)) || code == others[0] ||
+        code == others[1] || code == others[2])
+        return false;
+    item.end = item.text + item.length + 1;
+    item.line_end = is_line_end(c);
+    if (item.line_end)
+        item.end += is_line_end(*item.end) && *item.end != c;
+    item.stop = item.line_end ? '\n' : c;
+    return is_stop(call.delimiters, item.stop);
+}
+
+static void take_plain_item(const plain_item &item, const text_call &call, const io_source &access)
+{
+    io_text *const text = call.text;
+    if (!(call.mode & IOTEXT_NO_SKIP)) {
+        text->line = wrap_add(text->line, item.white.lines);
+        text->count = item.white.count;
     }
-    text->terminator = static_cast<signed char>(stop);
+    set_terminator(text, item.stop);
     if (call.dest) {
-        // The block that the item ends in is the view's and the room's as a whole, mostly.
-        const int32_t last = length | (char_block_size - 1);
-        if (last < available && last < call.size)
-            copy_front(call.dest, view, length);
+        // The block that the item ends in is mostly the view's and the room's as a whole.
+        const int32_t last = item.length | (char_block_size - 1);
+        if (last < item.available && last < call.size)
+            copy_front(call.dest, item.text, item.length);
         else
-            memmove(call.dest, view, static_cast<uint32_t>(length));
+            memmove(call.dest, item.text, static_cast<uint32_t>(item.length));
     }
-    access.unlock(access.context, end);
-    text->count = length;
-    if (call.dest)
-        text->count = end_item(call.dest, length, call.delimiters ? call.mode : +IOTEXT_NO_TRIM);
-    if (line_end)
+    access.unlock(access.context, item.end);
+    text->count = item.length;
+    if (call.dest) {
+        // Where white space stops the scan, none is left to trim.
+        const uint32_t mode = call.delimiters ? call.mode : call.mode | IOTEXT_NO_TRIM;
+        text->count = end_item(call.dest, item.length, mode);
+    }
+    if (item.line_end)
         text->line = wrap_add(text->line, 1);
+}
+
+// Reads a plain item. Most are plain, and they need no record of where the scan is, which makes
+// this twice as fast. False when this one is not; nothing is changed then.
+static bool read_plain_item(const text_call &call, const io_source &access, const char *view,
+                            int32_t available)
+{
+    plain_item item;
+    if (!find_plain_item(item, call, view, available))
+        return false;
+    take_plain_item(item, call, access);
     return true;
 }
 
@@ -629,7 +654,7 @@ static bool skip_white(text_scan &scan)
         char_set_has(white_set, scan.cursor[white.length]))
         return skip_scan(scan, white_skip_stops);
     advance(scan, white.length);
-    set_terminator(scan, *scan.cursor);
+    set_terminator(scan.text, *scan.cursor);
     scan.text->line = wrap_add(scan.text->line, white.lines);
     scan.text->count = white.count;
     return true;
