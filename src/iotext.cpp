@@ -520,6 +520,42 @@ struct plain_item {
     bool line_end;
 };
 
+static bool delimiter_begins(const char *delimiter, int32_t length, const char *at, int32_t visible)
+{
+    if (!delimiter || length <= 0 || *delimiter != *at)
+        return false;
+    return length > visible || memcmp(delimiter, at, static_cast<uint32_t>(length)) == 0;
+}
+
+// Whether a comment opens or closes here, or may do so behind the view.
+static bool comment_begins(const io_text &text, const char *at, int32_t visible)
+{
+    return delimiter_begins(text.line_comment, text.line_comment_length, at, visible) ||
+           delimiter_begins(text.block_open, text.block_open_length, at, visible) ||
+           delimiter_begins(text.block_close, text.block_close_length, at, visible);
+}
+
+// Finds the first character that ends the item. False where a comment may begin before, or where the
+// item does not fit the view or the room.
+static bool find_item_end(plain_item &item, const text_call &call, const char_halts &halts,
+                          const uint32_t *others)
+{
+    item.length = 0;
+    for (;; item.length++) {
+        item.length += halt_length(halts, item.text + item.length, item.available - item.length);
+        if (item.length >= item.available - 1 || (call.dest && item.length >= call.size))
+            return false;
+        const char *const at = item.text + item.length;
+        const uint32_t code = static_cast<unsigned char>(*at);
+        if (code != others[0] && code != others[1] && code != others[2])
+            return true;
+        if (comment_begins(*call.text, at, item.available - item.length))
+            return false;
+        if (is_line_end(*at) || is_stop(call.delimiters, *at))
+            return true;
+    }
+}
+
 static bool find_plain_item(plain_item &item, const text_call &call, const char *view,
                             int32_t available)
 {
@@ -541,16 +577,13 @@ static bool find_plain_item(plain_item &item, const text_call &call, const char 
     }
     item.text = view + item.white.length;
     item.available = available - item.white.length;
-    item.length = halt_length(halts, item.text, item.available);
-    if (item.length >= item.available - 1 || (call.dest && item.length >= call.size))
+    // The skip may not have come to its end.
+    if (skip && item.available > 0 && char_set_has(white_set, *item.text))
+        return false;
+    if (!find_item_end(item, call, halts, others))
         return false;
 
-    // The skip may not have come to its end, and a comment may begin here.
     const char c = item.text[item.length];
-    const uint32_t code = static_cast<unsigned char>(c);
-    if ((item.length == 0 && skip && char_set_has(white_set, c)) || code == others[0] ||
-        code == others[1] || code == others[2])
-        return false;
     item.end = item.text + item.length + 1;
     item.line_end = is_line_end(c);
     if (item.line_end)
