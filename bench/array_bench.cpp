@@ -1,23 +1,27 @@
 // Arrays, each beside what a program would otherwise use: bsearch, std::count, a loop of byte swaps
 // that the compiler vectorises, memcpy.
-#include "tessel.h"
+#include "compare.h"
 
-#include <benchmark/benchmark.h>
+#include "tessel.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <numeric>
+#include <memory>
 #include <vector>
 
 namespace
 {
+using namespace bench;
+
 int32_t compare_numbers(const void *a, const void *b)
 {
     const int32_t left = *static_cast<const int32_t *>(a);
     const int32_t right = *static_cast<const int32_t *>(b);
     return (left > right) - (left < right);
 }
+
+constexpr size_t searches = 4096;
 
 // Even numbers, so that every second key is missing.
 std::vector<int32_t> sorted_numbers(size_t count)
@@ -30,7 +34,7 @@ std::vector<int32_t> sorted_numbers(size_t count)
 
 std::vector<int32_t> scattered_keys(size_t count)
 {
-    std::vector<int32_t> keys(4096);
+    std::vector<int32_t> keys(searches);
     uint32_t seed = 1;
     for (int32_t &key : keys) {
         seed = seed * 1664525 + 1013904223;
@@ -40,79 +44,50 @@ std::vector<int32_t> scattered_keys(size_t count)
 }
 
 template <typename Find>
-void search(benchmark::State &state, Find find)
+void add_search(const std::string &side, size_t count, Find find)
 {
-    const auto count = static_cast<size_t>(state.range(0));
-    const std::vector<int32_t> numbers = sorted_numbers(count);
-    const std::vector<int32_t> keys = scattered_keys(count);
-    const auto even = std::count_if(keys.begin(), keys.end(), [](int32_t k) { return k % 2 == 0; });
-    for (auto _ : state) {
-        ptrdiff_t found = 0;
-        for (const int32_t &key : keys)
-            found += find(numbers, &key) != nullptr;
-        if (found != even)
-            state.SkipWithError("wrong result");
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(keys.size()));
+    add({std::string("Search among ") + grouped(count) + " sorted numbers", searches}, side, [=] {
+        return [=, numbers = sorted_numbers(count), keys = scattered_keys(count)] {
+            uint64_t sum = 0;
+            for (const int32_t &key : keys) {
+                const void *const found = find(numbers, &key);
+                sum += found ? static_cast<uint64_t>(*static_cast<const int32_t *>(found)) : 1;
+            }
+            return sum;
+        };
+    });
 }
 
-void search_tessel(benchmark::State &state)
+void add_searches(size_t count)
 {
-    search(state, [](const std::vector<int32_t> &numbers, const int32_t *key) {
+    typedef std::vector<int32_t> vector;
+    add_search("tessel", count, [](const vector &numbers, const int32_t *key) -> const void * {
         return memBinSearch(numbers.data(), static_cast<uint32_t>(numbers.size()), sizeof *key, key,
                             compare_numbers, nullptr);
     });
-}
-BENCHMARK(search_tessel)->Arg(100)->Arg(10000)->Arg(1000000);
-
-// Called through a pointer that nobody knows, as from another language or an unoptimised program.
-// The C library's header has bsearch inline as well; search_inlined has that and the comparison
-// with it.
-void search_bsearch(benchmark::State &state)
-{
-    auto *volatile standard = &std::bsearch;
-    auto *const call = standard;
-    search(state, [call](const std::vector<int32_t> &numbers, const int32_t *key) {
+    // Called through a pointer that nobody knows: the C library's header has it inline as well, and
+    // then the comparison with it.
+    auto *volatile unknown = &std::bsearch;
+    auto *const call = unknown;
+    add_search("bsearch", count, [call](const vector &numbers, const int32_t *key) -> const void * {
         return call(key, numbers.data(), numbers.size(), sizeof *key, compare_numbers);
     });
+    add_search(
+        "bsearch, inlined", count, [](const vector &numbers, const int32_t *key) -> const void * {
+            return std::bsearch(key, numbers.data(), numbers.size(), sizeof *key, compare_numbers);
+        });
 }
-BENCHMARK(search_bsearch)->Arg(100)->Arg(10000)->Arg(1000000);
-
-void search_inlined(benchmark::State &state)
-{
-    search(state, [](const std::vector<int32_t> &numbers, const int32_t *key) {
-        return std::bsearch(key, numbers.data(), numbers.size(), sizeof *key, compare_numbers);
-    });
-}
-BENCHMARK(search_inlined)->Arg(100)->Arg(10000)->Arg(1000000);
 
 constexpr size_t block_bytes = 16 << 10;
 
-std::vector<unsigned char> numbered_bytes()
-{
-    std::vector<unsigned char> bytes(block_bytes);
-    std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
-    return bytes;
-}
-
-void report_bytes(benchmark::State &state)
-{
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(block_bytes));
-}
-
 template <typename Word>
-void invert_tessel(benchmark::State &state)
+std::vector<Word> numbered_words()
 {
-    std::vector<unsigned char> bytes = numbered_bytes();
-    for (auto _ : state) {
-        memInvertB(bytes.data(), block_bytes / sizeof(Word), sizeof(Word));
-        benchmark::ClobberMemory();
-    }
-    report_bytes(state);
+    std::vector<Word> words(block_bytes / sizeof(Word));
+    for (size_t i = 0; i < words.size(); i++)
+        words[i] = static_cast<Word>(i * 0x0123456789abcdef);
+    return words;
 }
-BENCHMARK(invert_tessel<uint16_t>);
-BENCHMARK(invert_tessel<uint32_t>);
-BENCHMARK(invert_tessel<uint64_t>);
 
 uint16_t swapped(uint16_t word)
 {
@@ -129,25 +104,27 @@ uint64_t swapped(uint64_t word)
     return __builtin_bswap64(word);
 }
 
-template <typename Word>
-void invert_loop(benchmark::State &state)
+// Twice, which leaves the words as they were; what stood there between shows in the answer.
+template <typename Word, typename Invert>
+void add_invert(const std::string &side, Invert invert)
 {
-    std::vector<Word> words(block_bytes / sizeof(Word));
-    const std::vector<unsigned char> bytes = numbered_bytes();
-    std::memcpy(words.data(), bytes.data(), block_bytes);
-    for (auto _ : state) {
-        for (Word &word : words)
-            word = swapped(word);
-        benchmark::ClobberMemory();
-    }
-    report_bytes(state);
+    const std::string name =
+        "Reverse the bytes of elements of " + std::to_string(sizeof(Word)) + " bytes, 16 KiB";
+    add({name, 2}, side, [=] {
+        return [=, words = numbered_words<Word>()]() mutable {
+            invert(words);
+            benchmark::DoNotOptimize(words.data());
+            const uint64_t answer = words[1] + uint64_t{words.back()};
+            benchmark::ClobberMemory();
+            invert(words);
+            benchmark::DoNotOptimize(words.data());
+            return answer + words[1];
+        };
+    });
 }
-BENCHMARK(invert_loop<uint16_t>);
-BENCHMARK(invert_loop<uint32_t>);
-BENCHMARK(invert_loop<uint64_t>);
 
 template <typename Word>
-std::vector<Word> counted_words()
+std::vector<Word> repeating_words()
 {
     std::vector<Word> words(block_bytes / sizeof(Word));
     for (size_t i = 0; i < words.size(); i++)
@@ -155,32 +132,44 @@ std::vector<Word> counted_words()
     return words;
 }
 
-template <typename Word>
-void count_tessel(benchmark::State &state)
+template <typename Word, typename Count>
+void add_count(const std::string &side, Count count)
 {
-    const std::vector<Word> words = counted_words<Word>();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(
-            memCountIdentity(words.data(), static_cast<uint32_t>(words.size()), sizeof(Word), 3));
-    report_bytes(state);
+    const std::string name = std::string("Count equal elements of ") +
+                             std::to_string(sizeof(Word)) +
+                             (sizeof(Word) == 1 ? " byte, 16 KiB" : " bytes, 16 KiB");
+    add({name}, side, [=] {
+        return [=, words = repeating_words<Word>()] {
+            benchmark::DoNotOptimize(words.data());
+            return static_cast<uint64_t>(count(words));
+        };
+    });
 }
-BENCHMARK(count_tessel<uint8_t>);
-BENCHMARK(count_tessel<uint16_t>);
-BENCHMARK(count_tessel<uint32_t>);
 
 template <typename Word>
-void count_std(benchmark::State &state)
+void add_inversions()
 {
-    const std::vector<Word> words = counted_words<Word>();
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(words.data());
-        benchmark::DoNotOptimize(std::count(words.begin(), words.end(), Word{3}));
-    }
-    report_bytes(state);
+    typedef std::vector<Word> vector;
+    add_invert<Word>("tessel", [](vector &words) {
+        memInvertB(words.data(), static_cast<uint32_t>(words.size()), sizeof(Word));
+    });
+    add_invert<Word>("vectorised loop, inlined", [](vector &words) {
+        for (Word &word : words)
+            word = swapped(word);
+    });
 }
-BENCHMARK(count_std<uint8_t>);
-BENCHMARK(count_std<uint16_t>);
-BENCHMARK(count_std<uint32_t>);
+
+template <typename Word>
+void add_counts()
+{
+    typedef std::vector<Word> vector;
+    add_count<Word>("tessel", [](const vector &words) {
+        return memCountIdentity(words.data(), static_cast<uint32_t>(words.size()), sizeof(Word), 3);
+    });
+    add_count<Word>("std::count, inlined", [](const vector &words) {
+        return std::count(words.begin(), words.end(), Word{3});
+    });
+}
 
 // A rectangle of 64 KiB in rows of several lengths; memcpy is given the same rows one by one.
 constexpr uint32_t rect_bytes = 64 << 10;
@@ -207,29 +196,43 @@ struct rect {
     void *source;
 };
 
-void copy_tessel(benchmark::State &state)
+template <typename Copy>
+void add_copy(const std::string &side, uint32_t row_bytes, Copy copy)
 {
-    const rect work(static_cast<uint32_t>(state.range(0)));
-    for (auto _ : state) {
+    add({std::string("Copy rows of ") + grouped(row_bytes) + " bytes, 64 KiB"}, side, [=] {
+        return [=, work = std::make_unique<rect>(row_bytes)] {
+            copy(*work);
+            const auto *const *const rows = static_cast<unsigned char **>(work->target);
+            return uint64_t{rows[0][0]} + rows[work->rows - 1][row_bytes - 1];
+        };
+    });
+}
+
+void add_copies(uint32_t row_bytes)
+{
+    add_copy("tessel", row_bytes, [](const rect &work) {
         memCopy2D(work.target, work.source, work.rows, 1, &work.row_bytes, nullptr,
                   sizeof work.row_bytes);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * int64_t{rect_bytes});
-}
-BENCHMARK(copy_tessel)->Arg(16)->Arg(256)->Arg(4096);
-
-void copy_memcpy(benchmark::State &state)
-{
-    const rect work(static_cast<uint32_t>(state.range(0)));
-    void **const target = static_cast<void **>(work.target);
-    void **const source = static_cast<void **>(work.source);
-    for (auto _ : state) {
+    });
+    add_copy("memcpy", row_bytes, [](const rect &work) {
+        void **const target = static_cast<void **>(work.target);
+        void **const source = static_cast<void **>(work.source);
         for (uint32_t row = 0; row < work.rows; row++)
             std::memcpy(target[row], source[row], work.row_bytes);
-        benchmark::ClobberMemory();
-    }
-    state.SetBytesProcessed(state.iterations() * int64_t{rect_bytes});
+    });
 }
-BENCHMARK(copy_memcpy)->Arg(16)->Arg(256)->Arg(4096);
 } // namespace
+
+void bench::add_sides()
+{
+    for (const size_t count : {100, 10000, 1000000})
+        add_searches(count);
+    add_inversions<uint16_t>();
+    add_inversions<uint32_t>();
+    add_inversions<uint64_t>();
+    add_counts<uint8_t>();
+    add_counts<uint16_t>();
+    add_counts<uint32_t>();
+    for (const uint32_t row_bytes : {16, 256, 4096})
+        add_copies(row_bytes);
+}

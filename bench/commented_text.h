@@ -10,7 +10,7 @@
 inline std::string commented_text(size_t bytes)
 {
     std::mt19937 random(20260117);
-    const auto below = [&](uint32_t bound) { return random() % bound; };
+    const auto below = [&](uint32_t bound) { return static_cast<uint32_t>(random() % bound); };
     std::string text;
     text.reserve(bytes + 256);
     const auto word = [&] {
@@ -54,7 +54,7 @@ inline std::string commented_text(size_t bytes)
 inline std::string quoted_text(size_t bytes)
 {
     std::mt19937 random(20260117);
-    const auto below = [&](uint32_t bound) { return random() % bound; };
+    const auto below = [&](uint32_t bound) { return static_cast<uint32_t>(random() % bound); };
     constexpr const char *escapes[] = {"\\n", "\\t", "\\\"", "\\\\"};
     std::string text;
     text.reserve(bytes + 256);

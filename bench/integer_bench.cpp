@@ -1,11 +1,10 @@
 // Wide integers beside what the compiler and the standard library offer for 64 bits: arithmetic
 // beside native integers behind a call, text beside the conversions of <charconv>, <cstdio> and
-// <cstdlib>. The argument of the text benchmarks is the radix.
+// <cstdlib>.
+#include "behind_call.h"
+#include "compare.h"
+
 #include "tessel.h"
-
-#include "native_integer.h"
-
-#include <benchmark/benchmark.h>
 
 #include <charconv>
 #include <cstdio>
@@ -16,6 +15,8 @@
 
 namespace
 {
+using namespace bench;
+
 constexpr size_t count = 16384;
 constexpr int32_t room = 80;
 
@@ -29,17 +30,9 @@ uint64_t native(x_int value)
     return uint64_t{value.high} << 32 | value.low;
 }
 
-// Numbers of every length alike, and too many for a branch predictor to know them all.
-const std::vector<uint64_t> &numbers()
+int64_t signed_of(uint64_t value)
 {
-    static const std::vector<uint64_t> made = [] {
-        std::mt19937_64 random(1);
-        std::vector<uint64_t> values(count);
-        for (uint64_t &value : values)
-            value = random() >> random() % 64;
-        return values;
-    }();
-    return made;
+    return static_cast<int64_t>(value);
 }
 
 template <typename Word>
@@ -49,196 +42,148 @@ struct operands {
 
 // Dividends of 64 bits and divisors of every length, never 0.
 template <typename Word>
-const std::vector<operands<Word>> &pairs(Word convert(uint64_t))
+std::vector<operands<Word>> pairs(Word convert(uint64_t))
 {
-    static const std::vector<operands<Word>> made = [convert] {
-        std::mt19937_64 random(2);
-        std::vector<operands<Word>> values(count);
-        for (operands<Word> &pair : values) {
-            const int64_t divisor = static_cast<int64_t>(random()) >> random() % 63 | 1;
-            pair = {convert(random()), convert(static_cast<uint64_t>(divisor))};
-        }
-        return values;
-    }();
+    std::mt19937_64 random(2);
+    std::vector<operands<Word>> values(count);
+    for (operands<Word> &pair : values) {
+        const int64_t divisor = static_cast<int64_t>(random()) >> random() % 63 | 1;
+        pair = {convert(random()), convert(static_cast<uint64_t>(divisor))};
+    }
+    return values;
+}
+
+uint64_t number_in(x_int value)
+{
+    return native(value);
+}
+
+uint64_t number_in(int64_t value)
+{
+    return static_cast<uint64_t>(value);
+}
+
+uint64_t number_in(int32_t value)
+{
+    return static_cast<uint64_t>(value);
+}
+
+template <typename Word, typename Operation>
+void add_arithmetic(const std::string &name, const std::string &side, Word convert(uint64_t),
+                    Operation operation)
+{
+    add({name, count}, side, [=] {
+        return [=, input = pairs(convert)] {
+            uint64_t sum = 0;
+            for (const operands<Word> &pair : input)
+                sum += number_in(operation(pair.a, pair.b));
+            return sum;
+        };
+    });
+}
+
+template <typename Ours, typename Theirs>
+void compare_arithmetic(const std::string &name, Ours ours, Theirs theirs)
+{
+    add_arithmetic("Wide integers: " + name, "tessel", halves, ours);
+    add_arithmetic("Wide integers: " + name, "native, behind a call", signed_of, theirs);
+}
+
+// Numbers of every length alike, and too many for a branch predictor to know them all.
+std::vector<uint64_t> numbers()
+{
+    std::mt19937_64 random(1);
+    std::vector<uint64_t> values(count);
+    for (uint64_t &value : values)
+        value = random() >> random() % 64;
+    return values;
+}
+
+std::vector<std::string> texts(int radix)
+{
+    std::vector<std::string> made;
+    for (const uint64_t value : numbers()) {
+        char text[room];
+        made.emplace_back(text, std::to_chars(text, text + room, value, radix).ptr);
+    }
     return made;
 }
 
-const std::vector<std::string> &texts(int radix)
+// `write` gives the length of the text, which ends in a NUL.
+template <typename Write>
+void add_text(const std::string &name, const std::string &side, Write write)
 {
-    static std::vector<std::string> made[37];
-    if (made[radix].empty()) {
-        for (const uint64_t value : numbers()) {
+    add({name, count}, side, [=] {
+        return [=, input = numbers()] {
+            uint64_t sum = 0;
             char text[room];
-            made[radix].emplace_back(text, std::to_chars(text, text + room, value, radix).ptr);
-        }
-    }
-    return made[radix];
+            for (const uint64_t value : input) {
+                const auto length = static_cast<size_t>(write(value, text));
+                sum = sum * 31 + length * 256 + static_cast<unsigned char>(text[length / 2]) +
+                      static_cast<unsigned char>(text[length]);
+            }
+            return sum;
+        };
+    });
 }
 
-void items(benchmark::State &state)
+template <typename Parse>
+void add_value(const std::string &name, const std::string &side, int radix, Parse parse)
 {
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * count));
+    add({name, count}, side, [=] {
+        return [=, input = texts(radix)] {
+            uint64_t sum = 0;
+            for (const std::string &text : input)
+                sum = sum * 31 + parse(text);
+            return sum;
+        };
+    });
 }
 
-int64_t signed_of(uint64_t value)
+void add_radix(int radix)
 {
-    return static_cast<int64_t>(value);
-}
-
-void mul_tessel(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<x_int> &pair : pairs(halves))
-            benchmark::DoNotOptimize(native(x_mul(pair.a, pair.b)));
-    items(state);
-}
-BENCHMARK(mul_tessel);
-
-void mul_native(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<int64_t> &pair : pairs(signed_of))
-            benchmark::DoNotOptimize(native_mul(pair.a, pair.b));
-    items(state);
-}
-BENCHMARK(mul_native);
-
-void divide_tessel(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<x_int> &pair : pairs(halves))
-            benchmark::DoNotOptimize(native(x_divide(pair.a, pair.b, 0)));
-    items(state);
-}
-BENCHMARK(divide_tessel);
-
-void divide_native(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<int64_t> &pair : pairs(signed_of))
-            benchmark::DoNotOptimize(native_divide(pair.a, pair.b));
-    items(state);
-}
-BENCHMARK(divide_native);
-
-void remainder_tessel(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<x_int> &pair : pairs(halves))
-            benchmark::DoNotOptimize(native(x_divide(pair.a, pair.b, X_REMAINDER)));
-    items(state);
-}
-BENCHMARK(remainder_tessel);
-
-void remainder_native(benchmark::State &state)
-{
-    for (auto _ : state)
-        for (const operands<int64_t> &pair : pairs(signed_of))
-            benchmark::DoNotOptimize(native_remainder(pair.a, pair.b));
-    items(state);
-}
-BENCHMARK(remainder_native);
-
-// The text that each of them writes last is held against the expected one.
-void check(benchmark::State &state, const char *text, int radix)
-{
-    if (texts(radix).back() != text)
-        state.SkipWithError("wrong text");
-    items(state);
-}
-
-void string_tessel(benchmark::State &state)
-{
-    const int radix = static_cast<int>(state.range(0));
-    const uint32_t format = static_cast<uint32_t>(radix) | X_UNSIGNED;
-    char text[room];
-    for (auto _ : state) {
-        for (const uint64_t value : numbers())
-            benchmark::DoNotOptimize(x_string(halves(value), text, room, format));
-        benchmark::ClobberMemory();
-    }
-    check(state, text, radix);
-}
-
-void string_to_chars(benchmark::State &state)
-{
-    const int radix = static_cast<int>(state.range(0));
-    char text[room];
-    for (auto _ : state) {
-        for (const uint64_t value : numbers()) {
-            const auto end = std::to_chars(text, text + room, value, radix).ptr;
-            *end = '\0';
-            benchmark::DoNotOptimize(end);
-        }
-        benchmark::ClobberMemory();
-    }
-    check(state, text, radix);
-}
-
-void string_snprintf(benchmark::State &state)
-{
-    const int radix = static_cast<int>(state.range(0));
-    // Radix 2 is new in C23: where the C library does not know it the text is wrong and says so.
+    const auto unsigned_radix = static_cast<uint32_t>(radix);
+    const std::string to_text = "Number to text, radix " + std::to_string(radix);
+    add_text(to_text, "tessel", [=](uint64_t value, char *text) {
+        return x_string(halves(value), text, room, unsigned_radix | X_UNSIGNED);
+    });
+    add_text(to_text, "std::to_chars", [=](uint64_t value, char *text) {
+        char *const end = std::to_chars(text, text + room, value, radix).ptr;
+        *end = '\0';
+        return end - text;
+    });
+    // Radix 2 is new in C23: where the C library does not know it the sides disagree.
     const char *const format = radix == 2 ? "%llb" : radix == 10 ? "%llu" : "%llx";
-    char text[room];
-    for (auto _ : state) {
-        for (const uint64_t value : numbers())
-            benchmark::DoNotOptimize(
-                std::snprintf(text, room, format, static_cast<unsigned long long>(value)));
-        benchmark::ClobberMemory();
-    }
-    check(state, text, radix);
+    add_text(to_text, "snprintf", [=](uint64_t value, char *text) {
+        return std::snprintf(text, room, format, static_cast<unsigned long long>(value));
+    });
+
+    const std::string from_text = "Number from text, radix " + std::to_string(radix);
+    add_value(from_text, "tessel", radix, [=](const std::string &text) {
+        return native(x_value(text.c_str(), unsigned_radix));
+    });
+    // Is told where the text ends, which the other two have to find out.
+    add_value(from_text, "std::from_chars", radix, [=](const std::string &text) {
+        uint64_t value = 0;
+        std::from_chars(text.data(), text.data() + text.size(), value, radix);
+        return value;
+    });
+    add_value(from_text, "strtoull", radix, [=](const std::string &text) {
+        return uint64_t{std::strtoull(text.c_str(), nullptr, radix)};
+    });
 }
-
-BENCHMARK(string_tessel)->Arg(2)->Arg(10)->Arg(16);
-BENCHMARK(string_to_chars)->Arg(2)->Arg(10)->Arg(16);
-BENCHMARK(string_snprintf)->Arg(2)->Arg(10)->Arg(16);
-
-void check(benchmark::State &state, uint64_t value)
-{
-    if (numbers().back() != value)
-        state.SkipWithError("wrong value");
-    items(state);
-}
-
-void value_tessel(benchmark::State &state)
-{
-    const std::vector<std::string> &input = texts(static_cast<int>(state.range(0)));
-    const uint32_t radix = static_cast<uint32_t>(state.range(0));
-    uint64_t value = 0;
-    for (auto _ : state)
-        for (const std::string &text : input)
-            benchmark::DoNotOptimize(value = native(x_value(text.c_str(), radix)));
-    check(state, value);
-}
-
-// Is told where the text ends, which the other two have to find out.
-void value_from_chars(benchmark::State &state)
-{
-    const std::vector<std::string> &input = texts(static_cast<int>(state.range(0)));
-    const int radix = static_cast<int>(state.range(0));
-    uint64_t value = 0;
-    for (auto _ : state) {
-        for (const std::string &text : input) {
-            std::from_chars(text.data(), text.data() + text.size(), value, radix);
-            benchmark::DoNotOptimize(value);
-        }
-    }
-    check(state, value);
-}
-
-void value_strtoull(benchmark::State &state)
-{
-    const std::vector<std::string> &input = texts(static_cast<int>(state.range(0)));
-    const int radix = static_cast<int>(state.range(0));
-    uint64_t value = 0;
-    for (auto _ : state)
-        for (const std::string &text : input)
-            benchmark::DoNotOptimize(value = std::strtoull(text.c_str(), nullptr, radix));
-    check(state, value);
-}
-
-BENCHMARK(value_tessel)->Arg(2)->Arg(10)->Arg(16);
-BENCHMARK(value_from_chars)->Arg(2)->Arg(10)->Arg(16);
-BENCHMARK(value_strtoull)->Arg(2)->Arg(10)->Arg(16);
 } // namespace
+
+void bench::add_sides()
+{
+    compare_arithmetic("multiply", x_mul, native_mul);
+    compare_arithmetic(
+        "quotient", [](x_int a, x_int b) { return x_divide(a, b, 0); }, native_divide);
+    compare_arithmetic(
+        "remainder", [](x_int a, x_int b) { return x_divide(a, b, X_REMAINDER); },
+        native_remainder);
+    compare_arithmetic("less than", x_lt, native_less);
+    compare_arithmetic("equal", x_eq, native_equal);
+    for (const int radix : {2, 10, 16})
+        add_radix(radix);
+}

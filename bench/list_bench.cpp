@@ -1,25 +1,29 @@
-// A search for a number in a list, and a stack of nodes, beside code written by hand for the same
-// kind of node and beside std::forward_list. The sides take turns, so that a busy machine slows all
-// of them down alike; the counters give the time of each as a multiple of the time of tessel.
+// A stack of nodes, a search for a number and the count of a ring: times for one node.
+#include "behind_call.h"
+#include "compare.h"
+
 #include "tessel.h"
 
-#include <benchmark/benchmark.h>
+#ifdef TESSEL_BENCH_GLIB
+#include <glib.h>
+#endif
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdlib>
-#include <ctime>
 #include <forward_list>
+#include <iterator>
+#include <memory>
 
 namespace
 {
+using namespace bench;
 
 struct number {
     list_node head;
     int32_t value;
 };
 
-// One side of the comparison: a list of the numbers from 0 on, the highest in front.
+// The sides of a stack. Each has to itself the nodes that it makes.
 struct tessel_list {
     list_node *head = nullptr;
 
@@ -37,7 +41,24 @@ struct tessel_list {
     }
 };
 
-struct hand_list {
+struct called_list {
+    struct number {
+        native_node head;
+        int32_t value;
+    };
+    native_node *head = nullptr;
+
+    void push(int32_t value)
+    {
+        reinterpret_cast<number *>(native_push(&head, sizeof(number)))->value = value;
+    }
+    void pop()
+    {
+        native_pop(&head);
+    }
+};
+
+struct inlined_list {
     list_node *head = nullptr;
 
     void push(int32_t value)
@@ -77,96 +98,153 @@ struct standard_list {
     {
         return std::find(numbers.begin(), numbers.end(), value) != numbers.end();
     }
+    int32_t count() const
+    {
+        return static_cast<int32_t>(std::distance(numbers.begin(), numbers.end()));
+    }
 };
 
-double processor_time()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
+// Rings, to which nodes are added in front as to the stacks.
+struct tessel_ring {
+    list_dnode *head = nullptr;
 
-template <typename List>
-void find_last(List &list, int32_t)
-{
-    int32_t last = 0;
-    benchmark::DoNotOptimize(last);
-    if (!list.find(last))
-        std::abort();
-}
-
-template <typename List>
-void push_and_pop(List &list, int32_t count)
-{
-    for (int32_t i = 0; i < count; i++)
-        list.push(i);
-    benchmark::DoNotOptimize(list);
-    for (int32_t i = 0; i < count; i++)
-        list.pop();
-}
-
-// Runs a side until it has gone through a million nodes, and gives the time that this took. Before
-// that it runs once, to bring its nodes back near the processor.
-template <typename List>
-double time_of(void (*task)(List &, int32_t), List &list, int32_t count)
-{
-    task(list, count);
-    const double start = processor_time();
-    for (int32_t i = 0; i < 1000000; i += count)
-        task(list, count);
-    return processor_time() - start;
-}
-
-struct times {
-    double tessel = 0, by_hand = 0, standard = 0;
+    void push(int32_t)
+    {
+        listDNCreate(&head, nullptr, sizeof(list_dnode), LIST_RING | LIST_BEFORE);
+    }
+    void pop()
+    {
+        listDNRemove(&head, head);
+    }
+    int32_t count() const
+    {
+        return listCNCount(head);
+    }
 };
 
-void report(benchmark::State &state, const times &sum)
+struct inlined_ring : tessel_ring {
+    int32_t count() const
+    {
+        int32_t count = 0;
+        const list_dnode *node = head;
+        do {
+            count++;
+            node = node->next;
+        } while (node != head);
+        return count;
+    }
+};
+
+#ifdef TESSEL_BENCH_GLIB
+struct glib_list {
+    GList *head = nullptr;
+
+    void push(int32_t value)
+    {
+        head = g_list_prepend(head, GINT_TO_POINTER(value));
+    }
+    void pop()
+    {
+        head = g_list_delete_link(head, head);
+    }
+    bool find(int32_t value) const
+    {
+        return g_list_find(head, GINT_TO_POINTER(value)) != nullptr;
+    }
+    int32_t count() const
+    {
+        return static_cast<int32_t>(g_list_length(head));
+    }
+};
+#endif
+
+// A list of the numbers from 0 on, the highest in front.
+template <typename List>
+struct filled_list {
+    explicit filled_list(int32_t count) : size(count)
+    {
+        for (int32_t i = 0; i < count; i++)
+            list.push(i);
+    }
+    ~filled_list()
+    {
+        for (int32_t i = 0; i < size; i++)
+            list.pop();
+    }
+    filled_list(const filled_list &) = delete;
+    filled_list &operator=(const filled_list &) = delete;
+
+    int32_t size;
+    List list;
+};
+
+constexpr int32_t stack_operations = 100000;
+
+template <typename List>
+void add_stack(const std::string &side)
 {
-    state.counters["tessel_ns"] = 1e3 * sum.tessel / static_cast<double>(state.iterations());
-    state.counters["by_hand"] = sum.by_hand / sum.tessel;
-    state.counters["forward_list"] = sum.standard / sum.tessel;
+    for (const int32_t depth : {1, 1000, 100000}) {
+        const std::string name =
+            std::string("Push and pop, depth ") + grouped(static_cast<size_t>(depth));
+        add({name, stack_operations}, side, [=] {
+            return [=, list = List()]() mutable -> uint64_t {
+                for (int32_t done = 0; done < stack_operations; done += depth) {
+                    for (int32_t i = 0; i < depth; i++)
+                        list.push(i);
+                    // Or a compiler that sees all of it may do without the nodes.
+                    benchmark::DoNotOptimize(list);
+                    for (int32_t i = 0; i < depth; i++)
+                        list.pop();
+                }
+                return 0;
+            };
+        });
+    }
 }
 
-void find(benchmark::State &state)
+template <typename List, typename Task>
+void add_filled(const std::string &name, const std::string &side, Task task)
 {
-    const int32_t count = static_cast<int32_t>(state.range(0));
-    tessel_list of_tessel;
-    standard_list of_standard;
-    for (int32_t i = 0; i < count; i++) {
-        of_tessel.push(i);
-        of_standard.push(i);
-    }
-    // The same nodes: where they lie in the caches makes more of a difference than any loop.
-    hand_list by_hand = {of_tessel.head};
-    times sum;
-    for (auto _ : state) {
-        sum.tessel += time_of(find_last, of_tessel, count);
-        sum.by_hand += time_of(find_last, by_hand, count);
-        sum.standard += time_of(find_last, of_standard, count);
-    }
-    report(state, sum);
-    // In the order that lets the next fill find the memory as this one did.
-    for (int32_t i = 0; i < count; i++) {
-        of_standard.pop();
-        of_tessel.pop();
+    for (const int32_t size : {500, 100000, 1000000}) {
+        const size_t nodes = static_cast<size_t>(size);
+        add({name + ", " + grouped(nodes) + " nodes", nodes}, side, [=] {
+            return [=, filled = std::make_unique<filled_list<List>>(size)] {
+                benchmark::DoNotOptimize(filled->list);
+                return static_cast<uint64_t>(task(filled->list));
+            };
+        });
     }
 }
 
-void push_pop(benchmark::State &state)
+template <typename List>
+void add_find(const std::string &side)
 {
-    const int32_t count = static_cast<int32_t>(state.range(0));
-    tessel_list of_tessel;
-    hand_list by_hand;
-    standard_list of_standard;
-    times sum;
-    for (auto _ : state) {
-        sum.tessel += time_of(push_and_pop, of_tessel, count);
-        sum.by_hand += time_of(push_and_pop, by_hand, count);
-        sum.standard += time_of(push_and_pop, of_standard, count);
-    }
-    report(state, sum);
+    add_filled<List>("Find an integer field in a list", side,
+                     [](const List &list) { return list.find(0); });
 }
 
-BENCHMARK(find)->Arg(500)->Arg(100000)->Arg(1000000);
-BENCHMARK(push_pop)->Arg(1)->Arg(1000)->Arg(100000);
-
+template <typename List>
+void add_count(const std::string &side)
+{
+    add_filled<List>("Count a ring", side, [](const List &list) { return list.count(); });
+}
 } // namespace
+
+void bench::add_sides()
+{
+    add_stack<tessel_list>("tessel");
+    add_stack<called_list>("by hand, behind a call");
+    add_stack<inlined_list>("by hand, inlined");
+    add_stack<standard_list>("std::forward_list, inlined");
+    add_find<tessel_list>("tessel");
+    add_find<inlined_list>("by hand, inlined");
+    add_find<standard_list>("std::forward_list, inlined");
+    add_count<tessel_ring>("tessel");
+    add_count<inlined_ring>("by hand, inlined");
+    add_count<standard_list>("std::forward_list, inlined, no ring");
+#ifdef TESSEL_BENCH_GLIB
+    add_stack<glib_list>("GList");
+    add_find<glib_list>("GList");
+    add_count<glib_list>("GList, no ring");
+#endif
+}

@@ -1,20 +1,26 @@
-// The option parser beside getopt_long, on the same 50 arguments and the same 40 long options: ten
+// The option parser beside getopt_long and popt, on the same 50 arguments and the same 40 long options: ten
 // rounds of a flag, an attached value, a value in an argument of its own, a cluster of short
 // options and a value of its own argument.
+#include "compare.h"
+
 #include "tessel.h"
 
-#include <benchmark/benchmark.h>
-
 #include <getopt.h>
+#ifdef TESSEL_BENCH_POPT
+#include <popt.h>
+#endif
 
-#include <algorithm>
 #include <array>
-#include <iterator>
+#include <cstdlib>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace
 {
+using namespace bench;
+
 // As an archiver or a compiler has them; every third one takes a value.
 constexpr std::array names = {
     "absolute-names", "acls",         "append",      "backup",       "block-size",  "catenate",
@@ -27,7 +33,6 @@ constexpr std::array names = {
 static_assert(names.size() == 40);
 
 constexpr size_t rounds = 10;
-constexpr int expected_options = 6 * rounds;
 
 struct command_line {
     explicit command_line(bool sorted)
@@ -43,6 +48,16 @@ struct command_line {
             options.push_back(
                 {names[i], i % 3 == 0 ? required_argument : no_argument, nullptr, 0x100});
         options.push_back({});
+#ifdef TESSEL_BENCH_POPT
+        for (const char letter : {'x', 'v', 'z'})
+            popt_options.push_back(
+                {nullptr, letter, POPT_ARG_NONE, nullptr, letter, nullptr, nullptr});
+        for (const size_t i : order)
+            popt_options.push_back({names[i], '\0',
+                                    i % 3 == 0 ? unsigned{POPT_ARG_STRING} : POPT_ARG_NONE, nullptr,
+                                    0x100, nullptr, nullptr});
+        popt_options.push_back({});
+#endif
 
         texts.push_back("program");
         for (size_t i = 0; i < rounds; i++) {
@@ -65,22 +80,17 @@ struct command_line {
     std::vector<std::string> entries;
     std::vector<const char *> table;
     std::vector<option> options;
+#ifdef TESSEL_BENCH_POPT
+    std::vector<poptOption> popt_options;
+#endif
     std::vector<std::string> texts;
     std::vector<char *> arguments;
 };
 
-void report(benchmark::State &state, bool right)
-{
-    if (!right)
-        state.SkipWithError("wrong options");
-    state.SetItemsProcessed(state.iterations() * expected_options);
-}
-
-// Options found, with a sum over them that shows that both parsers see the same values.
+// Options found, and the length of their values, which shows that all parsers see the same.
 struct tally {
     int count = 0;
     size_t value_bytes = 0;
-    bool operator==(const tally &) const = default;
 };
 
 tally parse_tessel(command_line &line, uint32_t flags)
@@ -118,27 +128,48 @@ tally parse_getopt(command_line &line)
     return found;
 }
 
-constexpr tally expected = {expected_options, 2 * rounds * 5};
-
-void options_tessel(benchmark::State &state, bool sorted)
+#ifdef TESSEL_BENCH_POPT
+tally parse_popt(const command_line &line)
 {
-    command_line line(sorted);
-    bool right = true;
-    for (auto _ : state)
-        right = right && parse_tessel(line, sorted ? STROPT_SORTED : 0) == expected;
-    report(state, right);
+    tally found;
+    const poptContext context = poptGetContext(
+        "program", static_cast<int>(line.arguments.size()) - 1,
+        const_cast<const char **>(line.arguments.data()), line.popt_options.data(), 0);
+    while (poptGetNextOpt(context) >= 0) {
+        found.count++;
+        if (char *const value = poptGetOptArg(context)) {
+            found.value_bytes += std::string_view(value).size();
+            std::free(value);
+        }
+    }
+    poptFreeContext(context);
+    return found;
 }
-BENCHMARK_CAPTURE(options_tessel, sorted, true);
-BENCHMARK_CAPTURE(options_tessel, unsorted, false);
+#endif
 
-void options_getopt(benchmark::State &state, bool sorted)
+template <typename Parse>
+void add_parser(bool sorted, const std::string &side, Parse parse)
 {
-    command_line line(sorted);
-    bool right = true;
-    for (auto _ : state)
-        right = right && parse_getopt(line) == expected;
-    report(state, right);
+    const std::string name =
+        std::string("50 arguments, 40 long options, ") + (sorted ? "sorted" : "unsorted");
+    add({name}, side, [=] {
+        return [=, line = std::make_unique<command_line>(sorted)] {
+            const tally found = parse(*line);
+            return static_cast<uint64_t>(found.count) << 32 | found.value_bytes;
+        };
+    });
 }
-BENCHMARK_CAPTURE(options_getopt, sorted, true);
-BENCHMARK_CAPTURE(options_getopt, unsorted, false);
 } // namespace
+
+void bench::add_sides()
+{
+    for (const bool sorted : {true, false}) {
+        add_parser(sorted, "tessel", [=](command_line &line) {
+            return parse_tessel(line, sorted ? STROPT_SORTED : 0);
+        });
+        add_parser(sorted, "getopt_long", parse_getopt);
+#ifdef TESSEL_BENCH_POPT
+        add_parser(sorted, "popt", parse_popt);
+#endif
+    }
+}

@@ -1,7 +1,9 @@
-// Items of commented text per second: iotextRead over a memory source and over a buffered file,
-// beside a flex scanner that does the same job on the same text, and beside getline with strtok_r,
-// which knows no comments. Then quoted strings with escapes beside flex.
+// Items of commented text: iotextRead over a memory source and over a buffered file, beside a flex
+// scanner that does the same job on the same text, and beside getline with strtok_r, which knows no
+// comments. Then quoted strings with escapes beside flex, and how the cost of ours grows.
 #include "commented_text.h"
+#include "compare.h"
+#include "work_files.h"
 
 #include "tessel.h"
 
@@ -10,33 +12,26 @@
 #include "strings_flex.h"
 #endif
 
-#include <benchmark/benchmark.h>
-
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
+#include <sstream>
 
 namespace
 {
-constexpr size_t text_size = 16 << 20;
-constexpr int32_t buffer_size = 64 << 10;
+using namespace bench;
 
-// A text, and the same in a file that has no name.
-struct input {
+constexpr size_t megabyte = 1 << 20;
+constexpr size_t text_size = 16 * megabyte;
+// A text, and the same in a file.
+struct input : work_directory {
     std::string text;
-    FILE *file = std::tmpfile();
+    std::string file = path / "text";
 
     explicit input(std::string made) : text(std::move(made))
     {
-        if (!file || std::fwrite(text.data(), 1, text.size(), file) != text.size() ||
-            std::fflush(file) != 0)
-            throw std::runtime_error("no temporary file");
-    }
-    FILE *from_start() const
-    {
-        std::rewind(file);
-        return file;
+        write_file(file, text);
     }
 };
 
@@ -52,21 +47,25 @@ const input &strings()
     return made;
 }
 
-// What both sides must agree on.
+// What a scan finds.
 struct summary {
-    int64_t items = 0;
-    int64_t characters = 0;
+    uint64_t items = 0;
+    uint64_t characters = 0;
     uint64_t hash = 0;
     int32_t lines = 0;
 
     void add(const char *item, int64_t length)
     {
         items++;
-        characters += length;
+        characters += static_cast<uint64_t>(length);
         hash = hash * 31 + static_cast<unsigned char>(item[0]) * 7u +
                static_cast<unsigned char>(item[length - 1]);
     }
-    bool operator==(const summary &) const = default;
+    uint64_t answer() const
+    {
+        return hash + items * 0x9e3779b97f4a7c15 + characters * 0xc2b2ae3d27d4eb4f +
+               static_cast<uint64_t>(lines);
+    }
 };
 
 summary items_with_tessel(io_source source)
@@ -97,57 +96,26 @@ summary strings_with_tessel(io_source source)
     return result;
 }
 
-template <const input &text(), summary scan(io_source)>
-summary tessel_memory()
+summary from_memory(const std::string &text, summary scan(io_source))
 {
-    io_memory memory = {static_cast<int32_t>(text().text.size()), 0,
-                        const_cast<char *>(text().text.data())};
+    io_memory memory = {static_cast<int32_t>(text.size()), 0, const_cast<char *>(text.data())};
     return scan({&memory, ioLockMemory, ioUnlockMemory});
 }
 
-template <const input &text(), summary scan(io_source)>
-summary tessel_file()
+summary from_file(const input &text, summary scan(io_source))
 {
-    io_stream stream = {};
-    stream.read = fileRead;
-    stream.seek = fileSeek;
-    stream.handle = fileno(text().file);
-    fileSeek(&stream, 0, IO_FROM_START);
-    ioAllocBuffer(&stream, buffer_size);
-    const summary result = scan({&stream, ioLockBuffer, ioUnlockBuffer});
-    ioFreeBuffer(&stream);
-    return result;
+    stream_file file(text.file, FILE_READ);
+    return scan({&file.stream, ioLockBuffer, ioUnlockBuffer});
 }
 
-constexpr auto items_memory = tessel_memory<items, items_with_tessel>;
-constexpr auto items_file = tessel_file<items, items_with_tessel>;
-constexpr auto strings_memory = tessel_memory<strings, strings_with_tessel>;
-constexpr auto strings_file = tessel_file<strings, strings_with_tessel>;
-
-void run(benchmark::State &state, summary (*scan)(), summary (*reference)())
-{
-    const summary expected = reference();
-    int64_t items = 0;
-    for (auto _ : state) {
-        const summary result = scan();
-        if (!(result == expected)) {
-            state.SkipWithError("the sides disagree");
-            break;
-        }
-        items += result.items;
-    }
-    state.SetItemsProcessed(items);
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text_size));
-}
-
-// Words between white space, those of comments too: less work, so a result of its own.
-summary strtok_file()
+// Words between white space, those of comments too.
+summary items_with_strtok()
 {
     summary result;
-    FILE *const file = items().from_start();
+    const stdio_file file(items().file, "rb");
     char *line = nullptr;
     size_t room = 0;
-    while (getline(&line, &room, file) > 0) {
+    while (getline(&line, &room, file.file) > 0) {
         result.lines++;
         char *rest;
         for (char *word = strtok_r(line, " \t\r\n", &rest); word;
@@ -156,6 +124,18 @@ summary strtok_file()
     }
     std::free(line);
     return result;
+}
+
+// The same with the means of the standard library.
+uint64_t words_of_items()
+{
+    summary result;
+    std::istringstream text(items().text);
+    for (std::string word; text >> word;)
+        result.add(word.data(), static_cast<int64_t>(word.size()));
+    const std::string &all = items().text;
+    result.lines = static_cast<int32_t>(std::count(all.begin(), all.end(), '\n'));
+    return result.answer();
 }
 
 #ifdef TESSEL_BENCH_FLEX
@@ -169,25 +149,6 @@ summary items_with_flex()
     return result;
 }
 
-summary flex_items_memory()
-{
-    // flex wants two NUL characters behind the text and writes into it, so it has a copy.
-    static std::string text = items().text + std::string(2, '\0');
-    items_buffer buffer = items__scan_buffer(text.data(), text.size());
-    const summary result = items_with_flex();
-    items__delete_buffer(buffer);
-    return result;
-}
-
-summary flex_items_file()
-{
-    items_buffer buffer = items__create_buffer(items().from_start(), buffer_size);
-    items__switch_to_buffer(buffer);
-    const summary result = items_with_flex();
-    items__delete_buffer(buffer);
-    return result;
-}
-
 summary strings_with_flex()
 {
     summary result;
@@ -198,9 +159,32 @@ summary strings_with_flex()
     return result;
 }
 
-summary flex_strings_memory()
+// flex wants two NUL characters behind the text and writes into it, so it has a copy.
+std::string flex_copy(const input &text)
 {
-    static std::string text = strings().text + std::string(2, '\0');
+    return text.text + std::string(2, '\0');
+}
+
+summary flex_items_memory(std::string &text)
+{
+    items_buffer buffer = items__scan_buffer(text.data(), text.size());
+    const summary result = items_with_flex();
+    items__delete_buffer(buffer);
+    return result;
+}
+
+summary flex_items_file()
+{
+    const stdio_file file(items().file, "rb");
+    items_buffer buffer = items__create_buffer(file.file, buffer_size);
+    items__switch_to_buffer(buffer);
+    const summary result = items_with_flex();
+    items__delete_buffer(buffer);
+    return result;
+}
+
+summary flex_strings_memory(std::string &text)
+{
     strings_buffer buffer = strings__scan_buffer(text.data(), text.size());
     const summary result = strings_with_flex();
     strings__delete_buffer(buffer);
@@ -209,7 +193,8 @@ summary flex_strings_memory()
 
 summary flex_strings_file()
 {
-    strings_buffer buffer = strings__create_buffer(strings().from_start(), buffer_size);
+    const stdio_file file(strings().file, "rb");
+    strings_buffer buffer = strings__create_buffer(file.file, buffer_size);
     strings__switch_to_buffer(buffer);
     const summary result = strings_with_flex();
     strings__delete_buffer(buffer);
@@ -217,26 +202,66 @@ summary flex_strings_file()
 }
 #endif
 
-BENCHMARK_CAPTURE(run, items_memory, items_memory, items_memory)->Unit(benchmark::kMillisecond);
+const std::string items_memory = "Items of 16 MB of commented text, from memory";
+const std::string items_file = "Items of 16 MB of commented text, file with a buffer of 64 KiB";
+const std::string strings_memory = "Quoted strings with escapes, 16 MB, from memory";
+const std::string strings_file = "Quoted strings with escapes, 16 MB, file with a buffer of 64 KiB";
+
+void add_tessel(const std::string &memory, const std::string &file, const input &text(),
+                summary scan(io_source))
+{
+    add({memory}, "tessel",
+        [=] { return [=] { return from_memory(text().text, scan).answer(); }; });
+    add({file}, "tessel", [=] { return [=] { return from_file(text(), scan).answer(); }; });
+}
+
+void add_strtok()
+{
+    add({items_file}, "getline and strtok_r, which see no comments", [] {
+        static const uint64_t expected = words_of_items();
+        return [] { return items_with_strtok().answer() == expected; };
+    });
+}
+
 #ifdef TESSEL_BENCH_FLEX
-BENCHMARK_CAPTURE(run, flex_items_memory, flex_items_memory, items_memory)
-    ->Unit(benchmark::kMillisecond);
+void add_flex(const std::string &memory, const std::string &file, const input &text(),
+              summary scan_memory(std::string &), summary scan_file())
+{
+    add({memory}, "flex", [=] {
+        return [=, copy = flex_copy(text())]() mutable { return scan_memory(copy).answer(); };
+    });
+    add({file}, "flex", [=] {
+        text();
+        return [=] { return scan_file().answer(); };
+    });
+}
 #endif
-BENCHMARK_CAPTURE(run, items_file, items_file, items_memory)->Unit(benchmark::kMillisecond);
-#ifdef TESSEL_BENCH_FLEX
-BENCHMARK_CAPTURE(run, flex_items_file, flex_items_file, items_memory)
-    ->Unit(benchmark::kMillisecond);
-#endif
-BENCHMARK_CAPTURE(run, strtok_file, strtok_file, strtok_file)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(run, strings_memory, strings_memory, strings_memory)
-    ->Unit(benchmark::kMillisecond);
-#ifdef TESSEL_BENCH_FLEX
-BENCHMARK_CAPTURE(run, flex_strings_memory, flex_strings_memory, strings_memory)
-    ->Unit(benchmark::kMillisecond);
-#endif
-BENCHMARK_CAPTURE(run, strings_file, strings_file, strings_memory)->Unit(benchmark::kMillisecond);
-#ifdef TESSEL_BENCH_FLEX
-BENCHMARK_CAPTURE(run, flex_strings_file, flex_strings_file, strings_memory)
-    ->Unit(benchmark::kMillisecond);
-#endif
+
+// Ours beside itself with a small text, and whether it has counted all lines.
+void add_growth(size_t megabytes, const std::string &side, size_t size)
+{
+    const std::string name =
+        "Items of " + std::to_string(megabytes) + " MB of commented text, a byte, growth";
+    add({name, size * megabyte}, side, [=] {
+        return [text = commented_text(size * megabyte)] {
+            const summary result = from_memory(text, items_with_tessel);
+            return result.lines == std::count(text.begin(), text.end(), '\n');
+        };
+    });
+}
 } // namespace
+
+void bench::add_sides()
+{
+    add_tessel(items_memory, items_file, items, items_with_tessel);
+    add_tessel(strings_memory, strings_file, strings, strings_with_tessel);
+#ifdef TESSEL_BENCH_FLEX
+    add_flex(items_memory, items_file, items, flex_items_memory, flex_items_file);
+    add_flex(strings_memory, strings_file, strings, flex_strings_memory, flex_strings_file);
+#endif
+    add_strtok();
+    for (const size_t megabytes : {16, 256}) {
+        add_growth(megabytes, "tessel", megabytes);
+        add_growth(megabytes, "itself with 1 MB", 1);
+    }
+}
