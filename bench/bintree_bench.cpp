@@ -116,12 +116,18 @@ uint64_t remove_all(const std::vector<round<Key>> &rounds, stopwatch &watch)
     return answer;
 }
 
+// A tree to search or walk stands from one repetition to the next: to make it takes longer.
 template <typename Tree, typename Key>
-std::unique_ptr<Tree> filled(const std::vector<round<Key>> &rounds)
+const Tree &standing_tree(size_t count)
 {
-    auto tree = std::make_unique<Tree>(rounds[0].keys);
-    fill(*tree, rounds[0].keys);
-    return tree;
+    static std::map<size_t, std::unique_ptr<Tree>> trees;
+    auto &tree = trees[count];
+    if (!tree) {
+        const std::vector<Key> &keys = rounds_of<Key>(count)[0].keys;
+        tree = std::make_unique<Tree>(keys);
+        fill(*tree, keys);
+    }
+    return *tree;
 }
 
 template <typename Tree, typename Key>
@@ -152,10 +158,13 @@ void add_tree(const std::string &where, const std::string &side, size_t count)
     for (const auto &[operation, sought] : {std::pair("Find, hit", &round<Key>::again),
                                             std::pair("Find, miss", &round<Key>::missing)})
         add(row(operation), side, [=] {
-            return [=, tree = filled<Tree>(rounds())] { return find_all(*tree, rounds(), sought); };
+            return [=, &tree = standing_tree<Tree, Key>(count)] {
+                return find_all(tree, rounds(), sought);
+            };
         });
     const work walk = {"Walk in order, " + where, count};
-    add(walk, side, [=] { return [tree = filled<Tree>(rounds())] { return tree->sum(); }; });
+    add(walk, side,
+        [=] { return [&tree = standing_tree<Tree, Key>(count)] { return tree.sum(); }; });
 }
 
 template <typename Key>
@@ -171,21 +180,11 @@ void add_trees(size_t count, const std::string &what)
     each_tree_in_array(add_in(" in an array"));
 }
 
-// Growth: ours beside itself in a small tree, and whether all keys were there. The trees to search
-// stand from one repetition to the next.
+// Growth: ours beside itself in a small tree, and whether all keys were there.
 constexpr size_t smallest = 1000;
 constexpr size_t most_sought = 1000000;
 
 typedef tessel_array<uint32_t> grown_tree;
-
-const grown_tree &standing_tree(size_t count)
-{
-    static std::map<size_t, std::unique_ptr<grown_tree>> trees;
-    auto &tree = trees[count];
-    if (!tree)
-        tree = filled<grown_tree>(rounds_of<uint32_t>(count));
-    return *tree;
-}
 
 void add_growth(size_t count, const std::string &side, size_t size)
 {
@@ -202,7 +201,8 @@ void add_growth(size_t count, const std::string &side, size_t size)
     });
     const size_t sought = std::min(most_sought, keys);
     add({"Find, hit" + suffix, sought}, side, [=] {
-        return [=, &tree = standing_tree(size), &rounds = rounds_of<uint32_t>(size)] {
+        return [=, &tree = standing_tree<grown_tree, uint32_t>(size),
+                &rounds = rounds_of<uint32_t>(size)] {
             size_t found = 0;
             for (const auto &round : rounds)
                 for (size_t i = 0; i < std::min(size, most_sought); i++)

@@ -150,9 +150,13 @@ void add_memory(const std::string &work, const std::string &side, Measure measur
 // 1,000,000 and not 1000000: the names of the works are for people.
 inline std::string grouped(size_t number)
 {
-    std::string text = std::to_string(number);
-    for (size_t end = text.size(); end > 3; end -= 3)
-        text.insert(end - 3, ",");
+    const std::string digits = std::to_string(number);
+    std::string text;
+    for (size_t i = 0; i < digits.size(); i++) {
+        if (i > 0 && (digits.size() - i) % 3 == 0)
+            text += ',';
+        text += digits[i];
+    }
     return text;
 }
 } // namespace bench
