@@ -6,7 +6,10 @@
 
 #include "tessel.h"
 
+#include <sys/wait.h>
+
 #include <malloc.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <memory>
@@ -22,6 +25,28 @@ double heap_in_use()
     return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
+// Measures in a child, which finds the heap as the program has begun with it and keeps nothing.
+template <typename Measure>
+footprint in_child(Measure measure)
+{
+    int result_pipe[2];
+    if (pipe(result_pipe) != 0)
+        throw std::runtime_error("no pipe");
+    const pid_t child = fork();
+    if (child == 0) {
+        const footprint result = measure();
+        const bool told = write(result_pipe[1], &result, sizeof result) == sizeof result;
+        _exit(told ? EXIT_SUCCESS : EXIT_FAILURE);
+    }
+    close(result_pipe[1]);
+    footprint result;
+    const bool told = read(result_pipe[0], &result, sizeof result) == sizeof result;
+    close(result_pipe[0]);
+    if (child < 0 || waitpid(child, nullptr, 0) != child || !told)
+        throw std::runtime_error("no child");
+    return result;
+}
+
 constexpr size_t nodes = 100000;
 
 template <typename Tree>
@@ -29,10 +54,12 @@ footprint tree_footprint()
 {
     std::vector<uint32_t> keys(nodes);
     std::iota(keys.begin(), keys.end(), 0u);
-    const double before = heap_in_use();
-    Tree tree(keys);
-    fill(tree, keys);
-    return {(heap_in_use() - before) / nodes, tree.sum()};
+    return in_child([&]() -> footprint {
+        const double before = heap_in_use();
+        Tree tree(keys);
+        fill(tree, keys);
+        return {(heap_in_use() - before) / nodes, tree.sum()};
+    });
 }
 
 auto tree_in(const std::string &where)
@@ -57,10 +84,12 @@ template <typename File, typename Get>
 footprint file_footprint(Get get)
 {
     small_file();
-    const double before = heap_in_use();
-    const auto file = std::make_unique<File>();
-    const uint64_t answer = get(*file);
-    return {heap_in_use() - before, answer};
+    return in_child([&]() -> footprint {
+        const double before = heap_in_use();
+        const auto file = std::make_unique<File>();
+        const uint64_t answer = get(*file);
+        return {heap_in_use() - before, answer};
+    });
 }
 
 struct open_stream : stream_file {
