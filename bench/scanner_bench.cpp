@@ -237,13 +237,23 @@ void add_flex(const std::string &memory, const std::string &file, const input &t
 }
 #endif
 
+// Texts that stand from one repetition to the next.
+const std::string &text_of(size_t megabytes)
+{
+    static std::map<size_t, std::string> texts;
+    std::string &text = texts[megabytes];
+    if (text.empty())
+        text = commented_text(megabytes * megabyte);
+    return text;
+}
+
 // Ours beside itself with a small text, and whether it has counted all lines.
 void add_growth(size_t megabytes, const std::string &side, size_t size)
 {
     const std::string name =
         "Items of " + std::to_string(megabytes) + " MB of commented text, a byte, growth";
     add({name, size * megabyte}, side, [=] {
-        return [text = commented_text(size * megabyte)] {
+        return [&text = text_of(size)] {
             const summary result = from_memory(text, items_with_tessel);
             return result.lines == std::count(text.begin(), text.end(), '\n');
         };
