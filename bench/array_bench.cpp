@@ -225,7 +225,7 @@ void add_copies(uint32_t row_bytes)
 
 void bench::add_sides()
 {
-    for (const size_t count : {100, 10000, 1000000})
+    for (const size_t count : {100u, 10000u, 1000000u})
         add_searches(count);
     add_inversions<uint16_t>();
     add_inversions<uint32_t>();
@@ -233,6 +233,6 @@ void bench::add_sides()
     add_counts<uint8_t>();
     add_counts<uint16_t>();
     add_counts<uint32_t>();
-    for (const uint32_t row_bytes : {16, 256, 4096})
+    for (const uint32_t row_bytes : {16u, 256u, 4096u})
         add_copies(row_bytes);
 }

@@ -155,13 +155,15 @@ void add_tree(const std::string &where, const std::string &side, size_t count)
         [=] { return [=](stopwatch &watch) { return insert_all<Tree>(rounds(), watch); }; });
     add(row("Remove"), side,
         [=] { return [=](stopwatch &watch) { return remove_all<Tree>(rounds(), watch); }; });
-    for (const auto &[operation, sought] : {std::pair("Find, hit", &round<Key>::again),
-                                            std::pair("Find, miss", &round<Key>::missing)})
+    const auto add_find = [&](const char *operation, const std::vector<Key> round<Key>::*sought) {
         add(row(operation), side, [=] {
             return [=, &tree = standing_tree<Tree, Key>(count)] {
                 return find_all(tree, rounds(), sought);
             };
         });
+    };
+    add_find("Find, hit", &round<Key>::again);
+    add_find("Find, miss", &round<Key>::missing);
     const work walk = {"Walk in order, " + where, count};
     add(walk, side,
         [=] { return [&tree = standing_tree<Tree, Key>(count)] { return tree.sum(); }; });
@@ -241,10 +243,10 @@ void add_growth(size_t count, const std::string &side, size_t size)
 
 void bench::add_sides()
 {
-    for (const size_t count : {1000, 100000, 1000000})
+    for (const size_t count : {1000u, 100000u, 1000000u})
         add_trees<uint32_t>(count, grouped(count) + " nodes");
     add_trees<const char *>(100000, grouped(100000) + " nodes with texts");
-    for (const size_t count : {10000, 100000, 1000000, 10000000}) {
+    for (const size_t count : {10000u, 100000u, 1000000u, 10000000u}) {
         add_growth(count, "tessel", count);
         add_growth(count, std::string("itself with ") + grouped(smallest), smallest);
     }

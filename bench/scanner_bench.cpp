@@ -270,7 +270,7 @@ void bench::add_sides()
     add_flex(strings_memory, strings_file, strings, flex_strings_memory, flex_strings_file);
 #endif
     add_strtok();
-    for (const size_t megabytes : {16, 256}) {
+    for (const size_t megabytes : {16u, 256u}) {
         add_growth(megabytes, "tessel", megabytes);
         add_growth(megabytes, "itself with 1 MB", 1);
     }
