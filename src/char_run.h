@@ -100,16 +100,24 @@ inline bool add_halt(char_halts &halts, char c)
     return true;
 }
 
+#ifndef __clang__
+// gcc's analyzer cannot tell that no more of the array is read than was filled.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wanalyzer-use-of-uninitialized-value"
+#endif
 // Number of characters in front of the first halt of a block.
 inline int32_t halt_length(const char_halts &halts, char_block block)
 {
     auto hits = (block <= halts.last) | (block == halts.others[0]) | (block == halts.others[1]) |
                 (block == halts.others[2]);
     const char_block *const end = halts.others + halts.count;
-    for (const char_block *other = halts.others + 3; other < end; other++)
+    for (const char_block *other = halts.others + 3; other != end; other++)
         hits |= block == *other;
     return first_hit(reinterpret_cast<char_block>(hits));
 }
+#ifndef __clang__
+#pragma GCC diagnostic pop
+#endif
 
 // Number of characters in front of the first halt, or those of all whole blocks.
 inline int32_t halt_length(const char_halts &halts, const char *from, int32_t length)
