@@ -9,15 +9,16 @@
 #include <stddef.h>
 #include <string.h>
 
-constexpr size_t word = sizeof(void *);
-
-static_assert(offsetof(bintree_node, balance) == 2 * word && sizeof(bintree_node) == 3 * word);
-static_assert(sizeof(bintree_plain_node) == 2 * word);
-static_assert(offsetof(bintree_step, node) == word && sizeof(bintree_step) == 2 * word);
-static_assert(offsetof(bintree_path, capacity) == word &&
-              offsetof(bintree_path, flags) == 4 + word &&
-              offsetof(bintree_path, depth) == 8 + word &&
-              offsetof(bintree_path, pivot) == 12 + word && sizeof(bintree_path) == 16 + word);
+static_assert(offsetof(bintree_node, balance) == 2 * pointer_size &&
+              sizeof(bintree_node) == 3 * pointer_size);
+static_assert(sizeof(bintree_plain_node) == 2 * pointer_size);
+static_assert(offsetof(bintree_step, node) == pointer_size &&
+              sizeof(bintree_step) == 2 * pointer_size);
+static_assert(offsetof(bintree_path, capacity) == pointer_size &&
+              offsetof(bintree_path, flags) == 4 + pointer_size &&
+              offsetof(bintree_path, depth) == 8 + pointer_size &&
+              offsetof(bintree_path, pivot) == 12 + pointer_size &&
+              sizeof(bintree_path) == 16 + pointer_size);
 
 // Steps that a growth adds where there were none, and where the path asks for no number.
 static constexpr uint32_t first_steps = 32;

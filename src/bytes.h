@@ -6,6 +6,9 @@
 #include <stdint.h>
 #include <string.h>
 
+// What the layouts of records are told in.
+inline constexpr size_t pointer_size = sizeof(void *);
+
 // Copies between ranges that do not overlap. The small fixed widths become one load and one store
 // each: most transfers of typed data are single elements, and a call to memcpy costs more than the
 // rest of such a transfer.

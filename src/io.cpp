@@ -10,17 +10,19 @@
 #include <stddef.h>
 #include <string.h>
 
-constexpr size_t word = sizeof(void *);
-
-static_assert(offsetof(io_stream, write) == word && offsetof(io_stream, seek) == 2 * word &&
-              offsetof(io_stream, handle) == 3 * word && offsetof(io_stream, buffer) == 4 * word &&
-              offsetof(io_stream, reserved) == 5 * word && sizeof(io_stream) == 6 * word);
+static_assert(offsetof(io_stream, write) == pointer_size &&
+              offsetof(io_stream, seek) == 2 * pointer_size &&
+              offsetof(io_stream, handle) == 3 * pointer_size &&
+              offsetof(io_stream, buffer) == 4 * pointer_size &&
+              offsetof(io_stream, reserved) == 5 * pointer_size &&
+              sizeof(io_stream) == 6 * pointer_size);
 static_assert(offsetof(io_buffer, count) == 4 && offsetof(io_buffer, position) == 8 &&
               offsetof(io_buffer, mode) == 12 && sizeof(io_buffer) == 16);
 static_assert(offsetof(io_memory, position) == 4 && offsetof(io_memory, base) == 8 &&
-              sizeof(io_memory) == 8 + word);
-static_assert(offsetof(io_source, lock) == word && offsetof(io_source, unlock) == 2 * word &&
-              sizeof(io_source) == 3 * word);
+              sizeof(io_memory) == 8 + pointer_size);
+static_assert(offsetof(io_source, lock) == pointer_size &&
+              offsetof(io_source, unlock) == 2 * pointer_size &&
+              sizeof(io_source) == 3 * pointer_size);
 
 // Buffers
 

@@ -11,19 +11,19 @@
 #include <stddef.h>
 #include <string.h>
 
-constexpr size_t word = sizeof(void *);
-
 static_assert(offsetof(io_text, line_comment_length) == 4 &&
               offsetof(io_text, block_open_length) == 8 &&
               offsetof(io_text, block_close_length) == 12);
-static_assert(offsetof(io_text, line_comment) == 16 && offsetof(io_text, block_open) == 16 + word &&
-              offsetof(io_text, block_close) == 16 + 2 * word &&
-              offsetof(io_text, callback) == 16 + 3 * word &&
-              offsetof(io_text, callback_data) == 16 + 4 * word &&
-              offsetof(io_text, callback_flags) == 16 + 5 * word);
-static_assert(offsetof(io_text, terminator) == 20 + 5 * word &&
-              offsetof(io_text, error_line) == 24 + 5 * word &&
-              offsetof(io_text, count) == 28 + 5 * word && sizeof(io_text) == 32 + 5 * word);
+static_assert(offsetof(io_text, line_comment) == 16 &&
+              offsetof(io_text, block_open) == 16 + pointer_size &&
+              offsetof(io_text, block_close) == 16 + 2 * pointer_size &&
+              offsetof(io_text, callback) == 16 + 3 * pointer_size &&
+              offsetof(io_text, callback_data) == 16 + 4 * pointer_size &&
+              offsetof(io_text, callback_flags) == 16 + 5 * pointer_size);
+static_assert(offsetof(io_text, terminator) == 20 + 5 * pointer_size &&
+              offsetof(io_text, error_line) == 24 + 5 * pointer_size &&
+              offsetof(io_text, count) == 28 + 5 * pointer_size &&
+              sizeof(io_text) == 32 + 5 * pointer_size);
 
 // Scratch for all scans without a record; it never gets delimiters or a callback.
 static io_text io_text_default;

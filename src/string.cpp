@@ -10,13 +10,11 @@
 #include <stddef.h>
 #include <string.h>
 
-constexpr size_t word = sizeof(void *);
-
 static_assert(offsetof(str_compare_class, text) == 0 &&
-              offsetof(str_compare_class, offset) == word &&
-              offsetof(str_compare_class, flags) == word + 4 &&
-              offsetof(str_compare_class, found) == word + 8 &&
-              sizeof(str_compare_class) == 2 * word + 8);
+              offsetof(str_compare_class, offset) == pointer_size &&
+              offsetof(str_compare_class, flags) == pointer_size + 4 &&
+              offsetof(str_compare_class, found) == pointer_size + 8 &&
+              sizeof(str_compare_class) == 2 * pointer_size + 8);
 
 // Building
 
@@ -437,10 +435,12 @@ char *strReduceZero(char *text, uint32_t format)
 
 // Option parsing
 
-static_assert(offsetof(str_option, flags) == word && offsetof(str_option, cursor) == 2 * word &&
-              offsetof(str_option, value) == 3 * word &&
-              offsetof(str_option, pushback) == 4 * word &&
-              offsetof(str_option, current) == 5 * word && sizeof(str_option) == 6 * word);
+static_assert(offsetof(str_option, flags) == pointer_size &&
+              offsetof(str_option, cursor) == 2 * pointer_size &&
+              offsetof(str_option, value) == 3 * pointer_size &&
+              offsetof(str_option, pushback) == 4 * pointer_size &&
+              offsetof(str_option, current) == 5 * pointer_size &&
+              sizeof(str_option) == 6 * pointer_size);
 
 char *stroptArgv(str_option *option)
 {
