@@ -24,14 +24,12 @@ install(FILES ${public_headers}
 
 # find_package(tessel CONFIG)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)
-file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/tesselConfig.cmake
-  "include(\${CMAKE_CURRENT_LIST_DIR}/tesselTargets.cmake)\n")
 # Before 1.0 a minor version may change the interface.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/tesselConfigVersion.cmake
   COMPATIBILITY SameMinorVersion)
 install(EXPORT tessel NAMESPACE tessel:: FILE tesselTargets.cmake
   DESTINATION ${package_dir} COMPONENT development)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tesselConfig.cmake
+install(FILES ${PROJECT_SOURCE_DIR}/cmake/tesselConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/tesselConfigVersion.cmake
   DESTINATION ${package_dir} COMPONENT development)
 
