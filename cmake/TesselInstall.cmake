@@ -48,6 +48,13 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/tessel.pc.in tessel.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tessel.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
+# gdb finds what goes with a library by the library's own place.
+if(BUILD_SHARED_LIBS AND UNIX)
+  install(FILES ${PROJECT_SOURCE_DIR}/gdb/tessel-gdb.py
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gdb/auto-load${CMAKE_INSTALL_FULL_LIBDIR}
+    RENAME libtessel.so.${PROJECT_VERSION}-gdb.py COMPONENT development)
+endif()
+
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
   ${PROJECT_SOURCE_DIR}/LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
