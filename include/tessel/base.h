@@ -21,10 +21,13 @@
 
 #include <stdint.h>
 
-/** The version of these headers: major.minor.patch, as one text and as numbers. */
+/** The version of these headers, major.minor.patch, as a text. */
 #define TESSEL_VERSION "0.1.0"
+/** The first number of TESSEL_VERSION. */
 #define TESSEL_VERSION_MAJOR 0
+/** The second number of TESSEL_VERSION. */
 #define TESSEL_VERSION_MINOR 1
+/** The third number of TESSEL_VERSION. */
 #define TESSEL_VERSION_PATCH 0
 
 /**
