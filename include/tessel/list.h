@@ -75,70 +75,133 @@ struct list_dnode {
 };
 
 /**
- * Makes a node and puts it in front.
+ * Makes a node and puts it in front of a list.
  *
  * @param head  the list
  * @param size  bytes of the node; those behind its head are undefined
- * @return the node, or null when memory ran out; the list is then unchanged
+ * @return the node, or null when memory ran out or `size` is less than that of the head; the list
+ *         is then unchanged
+ * @see listPop(), listCreate(), listAdd()
  */
 TESSEL_API list_node *listPush(list_node **head, uint32_t size);
 
-/** Takes the first node off and releases it; an empty list stays empty. */
+/**
+ * Takes the first node off a list and releases it.
+ *
+ * @param head  the list; an empty one stays empty
+ * @see listPush(), listRemove(), listClear()
+ */
 TESSEL_API void listPop(list_node **head);
 
 /**
- * Makes a node and puts it into the list as listAdd() does.
+ * Makes a node and puts it into a list as listAdd() does.
  *
  * @param head   the list
- * @param after  the node to put it behind, or null for the front
+ * @param after  the node to put it behind, or null for the front; disregarded if the list is empty
  * @param size   bytes of the node; those behind its head are undefined
- * @return the node, or null when memory ran out; the list is then unchanged
+ * @return the node, or null when memory ran out or `size` is less than that of the head; the list
+ *         is then unchanged
+ * @see listAdd(), listPush(), listRemove(), listInsertionNode()
  */
 TESSEL_API list_node *listCreate(list_node **head, list_node *after, uint32_t size);
 
 /**
- * Puts a node into the list.
+ * Puts the caller's node into a list.
  *
  * @param head   the list
  * @param after  the node to put it behind, or null for the front; disregarded if the list is empty
  * @param node   the node, or null, which does nothing
+ * @see listCut(), listCreate(), listInsertionNode(), listDNAdd()
  */
 TESSEL_API void listAdd(list_node **head, list_node *after, list_node *node);
 
 /**
- * Takes a node out of the list. The node keeps its `next`.
+ * Takes a node out of a list. The node is not released and keeps its `next`.
  *
  * @param head  the list
  * @param node  the node, or null, which does nothing
  * @param prev  the node before it, which is not verified; disregarded for the first node. Null to
  *              have it searched for, and then a node that is not on the list changes nothing
+ * @see listAdd(), listRemove(), listFindPrev(), listDNCut()
  */
 TESSEL_API void listCut(list_node **head, list_node *node, list_node *prev);
 
-/** As listCut(), and releases the node; one that was searched for in vain is not released. */
+/**
+ * Takes a node out of a list and releases it. The node must have come from memAlloc().
+ *
+ * @param head  the list
+ * @param node  the node, or null, which does nothing
+ * @param prev  the node before it, which is not verified; disregarded for the first node. Null to
+ *              have it searched for, and then a node that is not on the list changes nothing and is
+ *              not released
+ * @see listCut(), listPop(), listClear(), listDNRemove()
+ */
 TESSEL_API void listRemove(list_node **head, list_node *node, list_node *prev);
 
-/** Releases all nodes and leaves the list empty. */
+/**
+ * Releases all nodes of a linear list and leaves it empty. The nodes must have come from
+ * memAlloc().
+ *
+ * @param head  the list
+ * @see listCNClear(), listPop(), listRemove()
+ */
 TESSEL_API void listClear(list_node **head);
 
-/** The number of nodes. */
+/**
+ * Counts the nodes of a list.
+ *
+ * @param list  the list
+ * @return the number of nodes, 0 for an empty list
+ * @see listCNCount(), listIndex()
+ */
 TESSEL_API int32_t listCount(const list_node *list);
 
-/** The node at an index from 0 on; null for one that is negative or not on the list. */
+/**
+ * Finds the node at an index of a list.
+ *
+ * @param list   the list
+ * @param index  the index, from 0 on
+ * @return the node; null for an index that is negative or not on the list
+ * @see listIndex(), listCNNode()
+ */
 TESSEL_API list_node *listNode(const list_node *list, int32_t index);
 
-/** The index of a node, from 0 on; -1 if it is null or not on the list. */
+/**
+ * Finds the index of a node in a list.
+ *
+ * @param list  the list
+ * @param node  the node, or null
+ * @return the index, from 0 on; -1 if the node is null or not on the list
+ * @see listNode(), listExist(), listCNIndex()
+ */
 TESSEL_API int32_t listIndex(const list_node *list, const list_node *node);
 
-/** 1 if a node is on the list, 0 if it is null or is not. */
+/**
+ * Tells whether a node is on a list.
+ *
+ * @param list  the list
+ * @param node  the node, or null
+ * @return 1 if it is on the list, 0 if it is null or is not
+ * @see listIndex(), listCNExist()
+ */
 TESSEL_API int32_t listExist(const list_node *list, const list_node *node);
 
-/** The last node, null for an empty list. */
+/**
+ * Finds the last node of a linear list.
+ *
+ * @param list  the list
+ * @return the last node, null for an empty list
+ * @see listFindPrev(), listInsertionNode()
+ */
 TESSEL_API list_node *listFindTail(const list_node *list);
 
 /**
- * The node whose `next` is `node`: the last node for a null `node`. Null if `node` is `list` itself
- * or is not on the list.
+ * Finds the node in front of another one in a list.
+ *
+ * @param list  the list
+ * @param node  the node that follows the one to find, or null to find the last node
+ * @return the node whose `next` is `node`; null if `node` is `list` itself or is not on the list
+ * @see listFindTail(), listCut()
  */
 TESSEL_API list_node *listFindPrev(const list_node *list, const list_node *node);
 
@@ -150,74 +213,122 @@ TESSEL_API list_node *listFindPrev(const list_node *list, const list_node *node)
  * @param position  the index that a new node is to take; negative means the end
  * @param status    address of a word for the status, or null
  * @return by `position`:
- *         0: null, status LIST_BEFORE;
- *         1 to m: the node at `position` - 1, status 0;
- *         m + 1: null, status 0: no place, and not to be handed on, since listAdd() takes it for
- *         the front and listDNAdd() for the place behind the first node;
- *         above: the last node, null for an empty list, status LIST_BEYOND_END;
- *         negative: the last node, null for an empty list, status 0
+ *         - 0: null, status LIST_BEFORE;
+ *         - 1 to m: the node at `position` - 1, status 0;
+ *         - m + 1: null, status 0: no place, and not to be handed on, since listAdd() takes it for
+ *           the front and listDNAdd() for the place behind the first node;
+ *         - above: the last node, null for an empty list, status LIST_BEYOND_END;
+ *         - negative: the last node, null for an empty list, status 0
+ * @see listAdd(), listDNAdd(), listNode(), listCNInsertionNode()
  */
 TESSEL_API list_node *listInsertionNode(const list_node *list, int32_t position, uint32_t *status);
 
 /**
- * Finds a node by the bits of a field.
+ * Finds a node of a list by the bits of a field.
  *
  * @param list    the list
  * @param mask    the bits to look at
- * @param offset  where the field is
- * @param width   1 or 2 bytes; any other width means 4
+ * @param offset  bytes from the start of the node to the field
+ * @param width   bytes of the field, 1 or 2; any other width means 4
  * @param flags   0 for any bit of the mask set; LIST_ALL_BITS, LIST_INVERT
  * @return the first match, or null. A `mask` of 0 matches every node when just one flag is given,
  *         and no node otherwise
+ * @see listFindInt4(), listCNFindBit()
  */
 TESSEL_API list_node *listFindBit(const list_node *list, uint32_t mask, uint32_t offset,
                                   uint32_t width, uint32_t flags);
 
-/** The first node whose 8-bit field at `offset` has a value, signed or not; or null. */
+/**
+ * Finds a node of a list by the value of an 8-bit field.
+ *
+ * @param list    the list
+ * @param value   the value to look for, of a signed field or an unsigned one
+ * @param offset  bytes from the start of the node to the field
+ * @return the first match, or null
+ * @see listFindInt2(), listFindInt4(), listMaxInt1(), listCNFindInt1()
+ */
 TESSEL_API list_node *listFindInt1(const list_node *list, int8_t value, uint32_t offset);
 
-/** As listFindInt1() with a 16-bit field. */
+/**
+ * Finds a node of a list by the value of a 16-bit field.
+ *
+ * @param list    the list
+ * @param value   the value to look for, of a signed field or an unsigned one, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match, or null
+ * @see listFindInt1(), listFindInt4(), listMaxInt2(), listCNFindInt2()
+ */
 TESSEL_API list_node *listFindInt2(const list_node *list, int16_t value, uint32_t offset);
 
-/** As listFindInt1() with a 32-bit field. */
+/**
+ * Finds a node of a list by the value of a 32-bit field.
+ *
+ * @param list    the list
+ * @param value   the value to look for, of a signed field or an unsigned one, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match, or null
+ * @see listFindInt1(), listFindInt2(), listMaxInt4(), listFindBit(), listCNFindInt4()
+ */
 TESSEL_API list_node *listFindInt4(const list_node *list, int32_t value, uint32_t offset);
 
 /**
- * Finds a node by a text field.
+ * Finds a node of a list by a text field.
  *
  * @param list    the list
- * @param text    the text to look for
- * @param offset  where the field is
- * @param flags   STR_POINTER, STR_NO_CASE (see string.h)
+ * @param text    the text to look for, not null
+ * @param offset  bytes from the start of the node to the field
+ * @param flags   STR_POINTER when the field holds a pointer to the text and not the text itself;
+ *                STR_NO_CASE to compare without regard to case (see string.h)
  * @return the first match, or null
+ * @see listFindInt4(), listCNFindStr(), strFind()
  */
 TESSEL_API list_node *listFindStr(const list_node *list, const char *text, uint32_t offset,
                                   uint32_t flags);
 
 /**
- * Finds the highest value of a signed 8-bit field.
+ * Finds the highest value of a signed 8-bit field in a list.
  *
  * @param list       the list
  * @param out_value  where to store the value, or null; an empty list stores 0
- * @param offset     where the field is
+ * @param offset     bytes from the start of the node to the field
  * @return the last of the nodes that hold it, null for an empty list
+ * @see listMaxInt2(), listMaxInt4(), listFindInt1(), listCNMaxInt1()
  */
 TESSEL_API list_node *listMaxInt1(const list_node *list, int8_t *out_value, uint32_t offset);
 
-/** As listMaxInt1() with a 16-bit field. */
+/**
+ * Finds the highest value of a signed 16-bit field in a list.
+ *
+ * @param list       the list
+ * @param out_value  where to store the value, or null; an empty list stores 0
+ * @param offset     bytes from the start of the node to the field, at any alignment
+ * @return the last of the nodes that hold it, null for an empty list
+ * @see listMaxInt1(), listMaxInt4(), listFindInt2(), listCNMaxInt2()
+ */
 TESSEL_API list_node *listMaxInt2(const list_node *list, int16_t *out_value, uint32_t offset);
 
-/** As listMaxInt1() with a 32-bit field. */
+/**
+ * Finds the highest value of a signed 32-bit field in a list.
+ *
+ * @param list       the list
+ * @param out_value  where to store the value, or null; an empty list stores 0
+ * @param offset     bytes from the start of the node to the field, at any alignment
+ * @return the last of the nodes that hold it, null for an empty list
+ * @see listMaxInt1(), listMaxInt2(), listFindInt4(), listCNMaxInt4()
+ */
 TESSEL_API list_node *listMaxInt4(const list_node *list, int32_t *out_value, uint32_t offset);
 
 /**
  * Makes a node and puts it into a linear list or a ring as listDNAdd() does.
  *
  * @param head   the list
- * @param ref    the reference node, or null for the first one
+ * @param ref    the node to put it behind, or in front of; null for the first one. Disregarded if
+ *               the list is empty
  * @param size   bytes of the node; those behind its head are undefined without LIST_ZERO
- * @param flags  LIST_ZERO, and those of listDNAdd()
- * @return the node, or null when memory ran out; the list is then unchanged
+ * @param flags  LIST_ZERO, and those of listDNAdd(): LIST_RING, LIST_BEFORE, LIST_KEEP_HEAD
+ * @return the node, or null when memory ran out or `size` is less than that of the head; the list
+ *         is then unchanged
+ * @see listDNAdd(), listDNRemove(), listCreate(), listCNInsertionNode()
  */
 TESSEL_API list_dnode *listDNCreate(list_dnode **head, list_dnode *ref, uint32_t size,
                                     uint32_t flags);
@@ -235,65 +346,188 @@ TESSEL_API list_dnode *listDNCreate(list_dnode **head, list_dnode *ref, uint32_t
  *               the list is empty
  * @param node   the node, or null, which does nothing
  * @param flags  LIST_RING, LIST_BEFORE, LIST_KEEP_HEAD
+ * @see listDNCut(), listDNCreate(), listAdd(), listCNInsertionNode()
  */
 TESSEL_API void listDNAdd(list_dnode **head, list_dnode *ref, list_dnode *node, uint32_t flags);
 
 /**
- * Takes a node out of a linear list or a ring. The node keeps its links.
+ * Takes a node out of a linear list or a ring. The node is not released and keeps its links.
  *
  * @param head  the list
  * @param node  a node of the list, or null, which does nothing
+ * @see listDNRemove(), listDNAdd(), listCut()
  */
 TESSEL_API void listDNCut(list_dnode **head, list_dnode *node);
 
-/** As listDNCut(), and releases the node. */
+/**
+ * Takes a node out of a linear list or a ring and releases it. The node must have come from
+ * memAlloc().
+ *
+ * @param head  the list
+ * @param node  a node of the list, or null, which does nothing
+ * @see listDNCut(), listDNCreate(), listCNClear(), listRemove()
+ */
 TESSEL_API void listDNRemove(list_dnode **head, list_dnode *node);
 
-/** Releases all nodes of a ring and leaves it empty. */
+/**
+ * Releases all nodes of a ring and leaves it empty. The nodes must have come from memAlloc().
+ *
+ * @param head  the ring
+ * @see listClear(), listDNRemove()
+ */
 TESSEL_API void listCNClear(list_dnode **head);
 
-/** listCount() on a ring. */
+/**
+ * Counts the nodes of a ring.
+ *
+ * @param list  the ring, or null; opened for the length of the call
+ * @return the number of nodes, 0 for an empty ring
+ * @see listCount(), listCNIndex()
+ */
 TESSEL_API int32_t listCNCount(list_dnode *list);
 
-/** listNode() on a ring; an index does not go round. */
+/**
+ * Finds the node at an index of a ring.
+ *
+ * @param list   the ring, or null; opened for the length of the call
+ * @param index  the index, from 0 at `list` on; it does not go round
+ * @return the node; null for an index that is negative or not on the ring
+ * @see listNode(), listCNIndex()
+ */
 TESSEL_API list_dnode *listCNNode(list_dnode *list, int32_t index);
 
-/** listIndex() on a ring. */
+/**
+ * Finds the index of a node in a ring.
+ *
+ * @param list  the ring, or null; opened for the length of the call
+ * @param node  the node, or null
+ * @return the index, from 0 at `list` on; -1 if the node is null or not on the ring
+ * @see listIndex(), listCNNode(), listCNExist()
+ */
 TESSEL_API int32_t listCNIndex(list_dnode *list, const list_dnode *node);
 
-/** listExist() on a ring. */
+/**
+ * Tells whether a node is on a ring.
+ *
+ * @param list  the ring, or null; opened for the length of the call
+ * @param node  the node, or null
+ * @return 1 if it is on the ring, 0 if it is null or is not
+ * @see listExist(), listCNIndex()
+ */
 TESSEL_API int32_t listCNExist(list_dnode *list, const list_dnode *node);
 
 /**
- * listInsertionNode() on a ring. A negative position takes no walk. An empty ring gives null and
- * the status LIST_BEFORE, whatever the position.
+ * Turns a position into the place of an insertion in a ring. Result and status go on to listDNAdd()
+ * as `ref` and flags. A negative position takes no walk.
+ *
+ * @param list      the ring of m nodes, or null; opened for the length of the call
+ * @param position  the index that a new node is to take; negative means the end
+ * @param status    address of a word for the status, or null
+ * @return for an empty ring null, status LIST_BEFORE, whatever the position. Otherwise by
+ *         `position`:
+ *         - 0: null, status LIST_BEFORE;
+ *         - 1 to m: the node at `position` - 1, status 0;
+ *         - m + 1: null, status 0: no place, and not to be handed on, since listDNAdd() takes it
+ *           for the place behind the first node;
+ *         - above: the last node, status LIST_BEYOND_END;
+ *         - negative: the last node, status 0
+ * @see listInsertionNode(), listDNAdd(), listDNCreate()
  */
 TESSEL_API list_dnode *listCNInsertionNode(list_dnode *list, int32_t position, uint32_t *status);
 
-/** listFindBit() on a ring. */
+/**
+ * Finds a node of a ring by the bits of a field: listFindBit() on a ring.
+ *
+ * @param list    the ring, or null; opened for the length of the call
+ * @param mask    the bits to look at
+ * @param offset  bytes from the start of the node to the field
+ * @param width   bytes of the field, 1 or 2; any other width means 4
+ * @param flags   0 for any bit of the mask set; LIST_ALL_BITS, LIST_INVERT
+ * @return the first match, or null. A `mask` of 0 matches every node when just one flag is given,
+ *         and no node otherwise
+ * @see listFindBit(), listCNFindInt4()
+ */
 TESSEL_API list_dnode *listCNFindBit(list_dnode *list, uint32_t mask, uint32_t offset,
                                      uint32_t width, uint32_t flags);
 
-/** listFindInt1() on a ring. */
+/**
+ * Finds a node of a ring by the value of an 8-bit field: listFindInt1() on a ring.
+ *
+ * @param list    the ring, or null; opened for the length of the call
+ * @param value   the value to look for, of a signed field or an unsigned one
+ * @param offset  bytes from the start of the node to the field
+ * @return the first match, or null
+ * @see listFindInt1(), listCNFindInt2(), listCNFindInt4(), listCNMaxInt1()
+ */
 TESSEL_API list_dnode *listCNFindInt1(list_dnode *list, int8_t value, uint32_t offset);
 
-/** listFindInt2() on a ring. */
+/**
+ * Finds a node of a ring by the value of a 16-bit field: listFindInt2() on a ring.
+ *
+ * @param list    the ring, or null; opened for the length of the call
+ * @param value   the value to look for, of a signed field or an unsigned one, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match, or null
+ * @see listFindInt2(), listCNFindInt1(), listCNFindInt4(), listCNMaxInt2()
+ */
 TESSEL_API list_dnode *listCNFindInt2(list_dnode *list, int16_t value, uint32_t offset);
 
-/** listFindInt4() on a ring. */
+/**
+ * Finds a node of a ring by the value of a 32-bit field: listFindInt4() on a ring.
+ *
+ * @param list    the ring, or null; opened for the length of the call
+ * @param value   the value to look for, of a signed field or an unsigned one, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match, or null
+ * @see listFindInt4(), listCNFindInt1(), listCNFindInt2(), listCNMaxInt4()
+ */
 TESSEL_API list_dnode *listCNFindInt4(list_dnode *list, int32_t value, uint32_t offset);
 
-/** listFindStr() on a ring. */
+/**
+ * Finds a node of a ring by a text field: listFindStr() on a ring.
+ *
+ * @param list    the ring, or null; opened for the length of the call
+ * @param text    the text to look for, not null
+ * @param offset  bytes from the start of the node to the field
+ * @param flags   STR_POINTER when the field holds a pointer to the text and not the text itself;
+ *                STR_NO_CASE to compare without regard to case (see string.h)
+ * @return the first match, or null
+ * @see listFindStr(), listCNFindInt4(), strFind()
+ */
 TESSEL_API list_dnode *listCNFindStr(list_dnode *list, const char *text, uint32_t offset,
                                      uint32_t flags);
 
-/** listMaxInt1() on a ring; an empty one leaves `out_value` alone. */
+/**
+ * Finds the highest value of a signed 8-bit field in a ring.
+ *
+ * @param list       the ring, or null; opened for the length of the call
+ * @param out_value  where to store the value, or null; left alone if the ring is empty
+ * @param offset     bytes from the start of the node to the field
+ * @return the last of the nodes that hold it, null for an empty ring
+ * @see listMaxInt1(), listCNMaxInt2(), listCNMaxInt4(), listCNFindInt1()
+ */
 TESSEL_API list_dnode *listCNMaxInt1(list_dnode *list, int8_t *out_value, uint32_t offset);
 
-/** listMaxInt2() on a ring; an empty one leaves `out_value` alone. */
+/**
+ * Finds the highest value of a signed 16-bit field in a ring.
+ *
+ * @param list       the ring, or null; opened for the length of the call
+ * @param out_value  where to store the value, or null; left alone if the ring is empty
+ * @param offset     bytes from the start of the node to the field, at any alignment
+ * @return the last of the nodes that hold it, null for an empty ring
+ * @see listMaxInt2(), listCNMaxInt1(), listCNMaxInt4(), listCNFindInt2()
+ */
 TESSEL_API list_dnode *listCNMaxInt2(list_dnode *list, int16_t *out_value, uint32_t offset);
 
-/** listMaxInt4() on a ring; an empty one leaves `out_value` alone. */
+/**
+ * Finds the highest value of a signed 32-bit field in a ring.
+ *
+ * @param list       the ring, or null; opened for the length of the call
+ * @param out_value  where to store the value, or null; left alone if the ring is empty
+ * @param offset     bytes from the start of the node to the field, at any alignment
+ * @return the last of the nodes that hold it, null for an empty ring
+ * @see listMaxInt4(), listCNMaxInt1(), listCNMaxInt2(), listCNFindInt4()
+ */
 TESSEL_API list_dnode *listCNMaxInt4(list_dnode *list, int32_t *out_value, uint32_t offset);
 
 #ifdef __cplusplus
