@@ -21,6 +21,11 @@
  * Keys are the business of the caller's comparison: the library passes them on and never looks. No
  * two nodes of a tree have keys that compare equal.
  *
+ * Plain trees are searched and changed in the manner of Knuth, The Art of Computer Programming,
+ * volume 3, section 6.2.2, algorithms T and D. Balanced ones are the trees of G. M. Adelson-Velsky
+ * and E. M. Landis, An algorithm for the organization of information (1962); section 6.2.3 of
+ * Knuth's volume has their insertion as algorithm A, and describes their deletion.
+ *
  * No procedure recurses. A tree, and a path, belong to one thread at a time; procedures without a
  * path that change nothing may run in several threads on a tree that nobody changes.
  */
@@ -133,18 +138,19 @@ typedef int32_t (*bintree_compare_proc)(const bintree_node *node, const void *ke
 typedef int32_t (*bintree_visit_proc)(bintree_node *node, void *context);
 
 /**
- * Searches without a path.
+ * Searches a tree without a path.
  *
  * @param tree     the root node, or null
  * @param key      passed on to `compare`
  * @param compare  called once for each level
  * @return the node at which `compare` gave 0, or null
+ * @see bintreeIterate(), bintreeFindInt4(), bintreeFindStr()
  */
 TESSEL_API bintree_node *bintreeSearch(const bintree_node *tree, const void *key,
                                        bintree_compare_proc compare);
 
 /**
- * Searches and writes the way into a path. Unless the path must grow, nothing is allocated.
+ * Searches a tree and writes the way into a path. Unless the path must grow, nothing is allocated.
  *
  * @param out_node  receives the node found, and is not written otherwise
  * @param tree      the root node, or null
@@ -154,8 +160,9 @@ TESSEL_API bintree_node *bintreeSearch(const bintree_node *tree, const void *key
  *                  names the future parent and its free child. The `balance` of a node is read only
  *                  with BINTREE_BALANCED; without it `pivot` is 0, or -1 for an empty tree
  * @return BINTREE_DONE, the path being good for bintreeUnlink(); BINTREE_NOT_FOUND, the path being
- *         good for bintreeLink(); BINTREE_NO_ROOM, with `depth` and `pivot` as they were:
- *         nothing to link or unlink by, but the path can serve another search
+ *         good for bintreeLink(); BINTREE_NO_ROOM, with `depth` and `pivot` as they were: nothing
+ *         to link or unlink by, but the path can serve another search
+ * @see bintreeLink(), bintreeUnlink(), bintreeSearch()
  */
 TESSEL_API int32_t bintreeIterate(bintree_node **out_node, const bintree_node *tree,
                                   const void *key, bintree_compare_proc compare,
@@ -163,21 +170,24 @@ TESSEL_API int32_t bintreeIterate(bintree_node **out_node, const bintree_node *t
 
 /**
  * Links a node where a search ended that found nothing. The node's head is written, and nothing of
- * what follows it.
+ * what follows it. A balanced tree is kept so, by one single or double rotation at most.
  *
  * @param root  the root link
  * @param node  the node, which becomes part of the tree
  * @param path  the path of that search
+ * @see bintreeIterate(), bintreeAdd(), bintreeUnlink()
  */
 TESSEL_API void bintreeLink(bintree_node **root, bintree_node *node, bintree_path *path);
 
 /**
- * Unlinks the node that a search found. The node is not released and its head not written.
+ * Unlinks the node that a search found. The node is not released and its head not written. A
+ * balanced tree is kept so, by one single or double rotation for each level at most.
  *
  * @param root  the root link
  * @param path  the path of that search; a node with two children needs more steps than the search
  *              did, down to the next node in order
  * @return BINTREE_DONE, or BINTREE_NO_ROOM with the tree and `depth` as they were
+ * @see bintreeIterate(), bintreeCut(), bintreeLink()
  */
 TESSEL_API int32_t bintreeUnlink(bintree_node **root, bintree_path *path);
 
@@ -197,6 +207,7 @@ TESSEL_API int32_t bintreeUnlink(bintree_node **root, bintree_path *path);
  * @return BINTREE_DONE, BINTREE_EXISTS, BINTREE_NO_ROOM, or BINTREE_NO_MEMORY, also for a size that
  *         is smaller than the head or does not fit 32 bits; bintreeLink() may then still follow,
  *         with a node of the caller's
+ * @see bintreeCreateExt(), bintreeAdd(), bintreeRemove()
  */
 TESSEL_API int32_t bintreeCreate(bintree_node **out_node, bintree_node **root, const void *key,
                                  bintree_compare_proc compare, bintree_path *path, uintptr_t size,
@@ -211,12 +222,13 @@ TESSEL_API int32_t bintreeCreate(bintree_node **out_node, bintree_node **root, c
  * @param compare  compares a node with `key`
  * @param path     the path to search with
  * @return BINTREE_DONE, BINTREE_EXISTS or BINTREE_NO_ROOM
+ * @see bintreeAddExt(), bintreeCreate(), bintreeCut()
  */
 TESSEL_API int32_t bintreeAdd(bintree_node **root, bintree_node *node, const void *key,
                               bintree_compare_proc compare, bintree_path *path);
 
 /**
- * Finds a node and unlinks it; the caller owns it from then on.
+ * Finds a node and unlinks it. The caller owns it from then on.
  *
  * @param out_node  receives the node found, also where BINTREE_NO_ROOM then leaves it in the tree;
  *                  not written where none was found or BINTREE_NO_ROOM ended the search itself, so
@@ -226,43 +238,97 @@ TESSEL_API int32_t bintreeAdd(bintree_node **root, bintree_node *node, const voi
  * @param compare   compares a node with `key`
  * @param path      the path to search with
  * @return BINTREE_DONE, BINTREE_NOT_FOUND or BINTREE_NO_ROOM
+ * @see bintreeCutExt(), bintreeRemove(), bintreeAdd()
  */
 TESSEL_API int32_t bintreeCut(bintree_node **out_node, bintree_node **root, const void *key,
                               bintree_compare_proc compare, bintree_path *path);
 
 /**
- * Finds a node, unlinks it and releases it with memFree(), so it must have come from memAlloc().
+ * Finds a node, unlinks it and releases it with memFree(). So the node must have come from
+ * memAlloc().
  *
- * @return as bintreeCut(); nothing is released unless it is BINTREE_DONE
+ * @param root     the root link
+ * @param key      passed on to `compare`
+ * @param compare  compares a node with `key`
+ * @param path     the path to search with
+ * @return BINTREE_DONE, BINTREE_NOT_FOUND or BINTREE_NO_ROOM; nothing is released unless it is
+ *         BINTREE_DONE
+ * @see bintreeRemoveExt(), bintreeCut(), bintreeCreate(), bintreeClear()
  */
 TESSEL_API int32_t bintreeRemove(bintree_node **root, const void *key, bintree_compare_proc compare,
                                  bintree_path *path);
 
 /**
- * bintreeCreate() with a path of its own, made and released in the call. In this and the next three
- * the path may always grow, so that BINTREE_NO_ROOM means that memory ran out.
+ * Makes a node for a new key and links it, as bintreeCreate() with a path of its own. The path is
+ * made and released in the call. It may always grow, so that BINTREE_NO_ROOM means that memory ran
+ * out. The caller stores the key in the node afterwards, before the next search.
  *
- * @param flags  flags of the path: BINTREE_BALANCED and the growth step. BINTREE_ZERO may join
- *               them; BINTREE_LINK_GIVEN may not, since its bit belongs to the growth step
+ * @param out_node  receives the new node, or the one that has the key already; not written on
+ *                  failure
+ * @param root      the root link
+ * @param key       passed on to `compare`
+ * @param compare   compares a node with `key`
+ * @param size      bytes of the whole node, head included, for memAlloc()
+ * @param flags     flags of the path: BINTREE_BALANCED and the growth step. BINTREE_ZERO may join
+ *                  them; BINTREE_LINK_GIVEN may not, since its bit belongs to the growth step
+ * @return BINTREE_DONE, BINTREE_EXISTS, BINTREE_NO_ROOM, or BINTREE_NO_MEMORY, also for a size that
+ *         is smaller than the head or does not fit 32 bits; the tree is unchanged unless it is
+ *         BINTREE_DONE
+ * @see bintreeCreate(), bintreeAddExt(), bintreeRemoveExt()
  */
 TESSEL_API int32_t bintreeCreateExt(bintree_node **out_node, bintree_node **root, const void *key,
                                     bintree_compare_proc compare, uintptr_t size, uint32_t flags);
 
-/** bintreeAdd() with a path of its own, made with `flags` and released in the call. */
+/**
+ * Links the caller's node if its key is new, as bintreeAdd() with a path of its own. The path is
+ * made and released in the call.
+ *
+ * @param root     the root link
+ * @param node     the node, not null; it stays the caller's and untouched unless it was linked
+ * @param key      the node's key, passed on to `compare`
+ * @param compare  compares a node with `key`
+ * @param flags    flags of the path: BINTREE_BALANCED and the growth step
+ * @return BINTREE_DONE, BINTREE_EXISTS, or BINTREE_NO_ROOM when memory ran out
+ * @see bintreeAdd(), bintreeCreateExt(), bintreeCutExt()
+ */
 TESSEL_API int32_t bintreeAddExt(bintree_node **root, bintree_node *node, const void *key,
                                  bintree_compare_proc compare, uint32_t flags);
 
-/** bintreeCut() with a path of its own, made with `flags` and released in the call. */
+/**
+ * Finds a node and unlinks it, as bintreeCut() with a path of its own. The path is made and
+ * released in the call, and the caller owns the node from then on.
+ *
+ * @param out_node  receives the node found, also where BINTREE_NO_ROOM then leaves it in the tree;
+ *                  not written where none was found or BINTREE_NO_ROOM ended the search itself
+ * @param root      the root link
+ * @param key       passed on to `compare`
+ * @param compare   compares a node with `key`
+ * @param flags     flags of the path: BINTREE_BALANCED and the growth step
+ * @return BINTREE_DONE, BINTREE_NOT_FOUND, or BINTREE_NO_ROOM when memory ran out
+ * @see bintreeCut(), bintreeRemoveExt(), bintreeAddExt()
+ */
 TESSEL_API int32_t bintreeCutExt(bintree_node **out_node, bintree_node **root, const void *key,
                                  bintree_compare_proc compare, uint32_t flags);
 
-/** bintreeRemove() with a path of its own, made with `flags` and released in the call. */
+/**
+ * Finds a node, unlinks and releases it, as bintreeRemove() with a path of its own. The path is
+ * made and released in the call. The node must have come from memAlloc().
+ *
+ * @param root     the root link
+ * @param key      passed on to `compare`
+ * @param compare  compares a node with `key`
+ * @param flags    flags of the path: BINTREE_BALANCED and the growth step
+ * @return BINTREE_DONE, BINTREE_NOT_FOUND, or BINTREE_NO_ROOM when memory ran out; nothing is
+ *         released unless it is BINTREE_DONE
+ * @see bintreeRemove(), bintreeCutExt(), bintreeCreateExt()
+ */
 TESSEL_API int32_t bintreeRemoveExt(bintree_node **root, const void *key,
                                     bintree_compare_proc compare, uint32_t flags);
 
 /**
- * Visits the nodes of a tree. The way back up is kept on the heap, a small block for each level of
- * the tree.
+ * Visits the nodes of a tree in one of three orders. The way back up is kept on the heap, a small
+ * block for each level of the tree (Knuth, The Art of Computer Programming, volume 1, section
+ * 2.3.1, algorithm T and its relatives).
  *
  * @param tree     any node, whose subtree is visited, or null
  * @param proc     called with each node. It may not change the shape of the tree, but in post-order
@@ -273,54 +339,93 @@ TESSEL_API int32_t bintreeRemoveExt(bintree_node **root, const void *key,
  * @return 0 after all nodes; what `proc` gave when that was not 0; BINTREE_NO_ROOM when memory ran
  *         out; in pre-order `proc` has then seen the node that could not be entered. A `proc` that
  *         gives the same number cannot be told from it
+ * @see bintreeClear(), bintreeCount(), bintreeFindInt4(), bintreeFindStr()
  */
 TESSEL_API int32_t bintreeTraverse(bintree_node *tree, bintree_visit_proc proc, void *context,
                                    int32_t order);
 
 /**
- * Releases all nodes with memFree(), so they must have come from memAlloc(), and sets the root link
- * to null. Should memory run out on the way, the nodes that were not reached are lost.
+ * Releases all nodes of a tree with memFree() and sets the root link to null. So the nodes must
+ * have come from memAlloc(). Should memory run out on the way, the nodes that were not reached are
+ * lost.
  *
  * @param root  the root link
+ * @see bintreeRemove(), bintreeTraverse()
  */
 TESSEL_API void bintreeClear(bintree_node **root);
 
-/** The number of nodes; of those that were reached, should memory run out. */
+/**
+ * Counts the nodes of a tree.
+ *
+ * @param tree  any node, whose subtree is counted, or null
+ * @return the number of nodes, 0 for the empty tree; of those that were reached, should memory run
+ *         out
+ * @see bintreeGetHeight(), bintreeTraverse()
+ */
 TESSEL_API int32_t bintreeCount(const bintree_node *tree);
 
 /**
- * Finds a node by a field of 8 bits instead of by its key, looking at one node after the other.
+ * Finds a node of a tree by a field of 8 bits instead of by its key. It looks at one node after the
+ * other.
  *
  * @param tree    any node, whose subtree is searched, or null
  * @param value   what the field is to be equal to
- * @param offset  bytes from the start of the node to the field, at any alignment
+ * @param offset  bytes from the start of the node to the field
  * @return the first match in key order, or null, also when memory ran out
+ * @see bintreeFindInt2(), bintreeFindInt4(), bintreeFindStr(), bintreeSearch()
  */
 TESSEL_API bintree_node *bintreeFindInt1(const bintree_node *tree, int8_t value, uint32_t offset);
 
-/** As bintreeFindInt1(), with a field of 16 bits in machine order. */
+/**
+ * Finds a node of a tree by a field of 16 bits instead of by its key. It looks at one node after
+ * the other.
+ *
+ * @param tree    any node, whose subtree is searched, or null
+ * @param value   what the field is to be equal to, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match in key order, or null, also when memory ran out
+ * @see bintreeFindInt1(), bintreeFindInt4(), bintreeFindStr(), bintreeSearch()
+ */
 TESSEL_API bintree_node *bintreeFindInt2(const bintree_node *tree, int16_t value, uint32_t offset);
 
-/** As bintreeFindInt1(), with a field of 32 bits in machine order. */
+/**
+ * Finds a node of a tree by a field of 32 bits instead of by its key. It looks at one node after
+ * the other.
+ *
+ * @param tree    any node, whose subtree is searched, or null
+ * @param value   what the field is to be equal to, in machine order
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @return the first match in key order, or null, also when memory ran out
+ * @see bintreeFindInt1(), bintreeFindInt2(), bintreeFindStr(), bintreeSearch()
+ */
 TESSEL_API bintree_node *bintreeFindInt4(const bintree_node *tree, int32_t value, uint32_t offset);
 
 /**
- * As bintreeFindInt1(), with a text.
+ * Finds a node of a tree by a text field instead of by its key. It looks at one node after the
+ * other.
  *
- * @param flags  STR_POINTER, when the field holds a pointer to the text and not the text itself;
- *               STR_NO_CASE
+ * @param tree    any node, whose subtree is searched, or null
+ * @param text    the text to look for, not null
+ * @param offset  bytes from the start of the node to the field, at any alignment
+ * @param flags   STR_POINTER when the field holds a pointer to the text and not the text itself;
+ *                STR_NO_CASE to compare without regard to case (see string.h)
+ * @return the first match in key order, or null, also when memory ran out
+ * @see bintreeFindInt4(), bintreeSearch(), strFind()
  */
 TESSEL_API bintree_node *bintreeFindStr(const bintree_node *tree, const char *text, uint32_t offset,
                                         uint32_t flags);
 
 /**
- * The height of a tree, where a null link counts as a level too: 1 for the empty tree, 2 for a
- * single node. BINTREE_FAILED when memory ran out.
+ * Measures the height of a tree. A null link counts as a level too.
+ *
+ * @param tree  any node, whose subtree is measured, or null
+ * @return 1 for the empty tree, 2 for a single node, and so on; BINTREE_FAILED when memory ran out
+ * @see bintreeCheckBalance(), bintreeCount()
  */
 TESSEL_API int32_t bintreeGetHeight(const bintree_node *tree);
 
 /**
- * Tests the `balance` of each node against the heights of its subtrees, which it measures anew for
+ * Tests the `balance` of each node against the heights of its subtrees. These are measured anew for
  * every node. For balanced trees only: a plain node may end where the word is read.
  *
  * @param tree     any node, whose subtree is tested, or null
@@ -329,6 +434,7 @@ TESSEL_API int32_t bintreeGetHeight(const bintree_node *tree);
  *                 sound node may be reported
  * @param context  passed on to `proc`
  * @return the number of nodes reported; BINTREE_FAILED when memory ran out for the walk itself
+ * @see bintreeGetHeight(), bintreeTraverse()
  */
 TESSEL_API int32_t bintreeCheckBalance(const bintree_node *tree, bintree_visit_proc proc,
                                        void *context);

@@ -436,7 +436,7 @@ TESSEL_API int32_t listCNExist(list_dnode *list, const list_dnode *node);
 TESSEL_API list_dnode *listCNInsertionNode(list_dnode *list, int32_t position, uint32_t *status);
 
 /**
- * Finds a node of a ring by the bits of a field: listFindBit() on a ring.
+ * Finds a node of a ring by the bits of a field.
  *
  * @param list    the ring, or null; opened for the length of the call
  * @param mask    the bits to look at
@@ -451,7 +451,7 @@ TESSEL_API list_dnode *listCNFindBit(list_dnode *list, uint32_t mask, uint32_t o
                                      uint32_t width, uint32_t flags);
 
 /**
- * Finds a node of a ring by the value of an 8-bit field: listFindInt1() on a ring.
+ * Finds a node of a ring by the value of an 8-bit field.
  *
  * @param list    the ring, or null; opened for the length of the call
  * @param value   the value to look for, of a signed field or an unsigned one
@@ -462,7 +462,7 @@ TESSEL_API list_dnode *listCNFindBit(list_dnode *list, uint32_t mask, uint32_t o
 TESSEL_API list_dnode *listCNFindInt1(list_dnode *list, int8_t value, uint32_t offset);
 
 /**
- * Finds a node of a ring by the value of a 16-bit field: listFindInt2() on a ring.
+ * Finds a node of a ring by the value of a 16-bit field.
  *
  * @param list    the ring, or null; opened for the length of the call
  * @param value   the value to look for, of a signed field or an unsigned one, in machine order
@@ -473,7 +473,7 @@ TESSEL_API list_dnode *listCNFindInt1(list_dnode *list, int8_t value, uint32_t o
 TESSEL_API list_dnode *listCNFindInt2(list_dnode *list, int16_t value, uint32_t offset);
 
 /**
- * Finds a node of a ring by the value of a 32-bit field: listFindInt4() on a ring.
+ * Finds a node of a ring by the value of a 32-bit field.
  *
  * @param list    the ring, or null; opened for the length of the call
  * @param value   the value to look for, of a signed field or an unsigned one, in machine order
@@ -484,7 +484,7 @@ TESSEL_API list_dnode *listCNFindInt2(list_dnode *list, int16_t value, uint32_t 
 TESSEL_API list_dnode *listCNFindInt4(list_dnode *list, int32_t value, uint32_t offset);
 
 /**
- * Finds a node of a ring by a text field: listFindStr() on a ring.
+ * Finds a node of a ring by a text field.
  *
  * @param list    the ring, or null; opened for the length of the call
  * @param text    the text to look for, not null
