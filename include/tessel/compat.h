@@ -33,45 +33,47 @@ struct compat_dirent {
 
 /** What the system tells of the current entry; the library's. */
 #ifdef _WIN32
-struct compat_find { /* laid out as the system's WIN32_FIND_DATAA */
-    uint32_t dwFileAttributes;
-    uint32_t ftCreationTime[2];
-    uint32_t ftLastAccessTime[2];
-    uint32_t ftLastWriteTime[2];
-    uint32_t nFileSizeHigh;
-    uint32_t nFileSizeLow;
-    uint32_t dwReserved0;
-    uint32_t dwReserved1;
-    char cFileName[260];
-    char cAlternateFileName[14];
+struct compat_find {              /* laid out as the system's WIN32_FIND_DATAA */
+    uint32_t dwFileAttributes;    /**< library: the system's attribute word */
+    uint32_t ftCreationTime[2];   /**< library: when it was made, low half first */
+    uint32_t ftLastAccessTime[2]; /**< library: when it was last read, low half first */
+    uint32_t ftLastWriteTime[2];  /**< library: when it was last written, low half first */
+    uint32_t nFileSizeHigh;       /**< library: bits 32 to 63 of its size in bytes */
+    uint32_t nFileSizeLow;        /**< library: bits 0 to 31 of its size in bytes */
+    uint32_t dwReserved0;         /**< library: tag of a reparse point, or reserved */
+    uint32_t dwReserved1;         /**< library: reserved by the system */
+    char cFileName[260];          /**< library: the name */
+    char cAlternateFileName[14];  /**< library: its short name, if it has one */
 };
 #else
 struct compat_find {
-    int32_t type;         /**< as far as the listing tells it */
-    char cFileName[1024]; /**< the name */
+    int32_t type;         /**< library: the system's number for its kind, as far as the listing
+                               tells it */
+    char cFileName[1024]; /**< library: the name */
 };
 #endif
 
 /** What the system tells of the directory itself; the library's. */
 struct compat_place {
 #ifdef _WIN32
-    uint32_t attributes; /**< the system's attribute word */
+    uint32_t attributes; /**< library: the system's attribute word */
 #else
-    uint64_t device;          /**< with `inode`: which directory this is */
-    uint64_t inode;           /**< see `device` */
-    const compat_dir *parent; /**< in a walk, the directory that lists this one */
-    uint32_t length;          /**< of the path within `pattern` */
+    uint64_t device;          /**< library: with `inode`, which directory this is */
+    uint64_t inode;           /**< library: see `device` */
+    const compat_dir *parent; /**< library: in a walk, the directory that lists this one; or null */
+    uint32_t length;          /**< library: bytes of the path within `pattern` */
 #endif
 };
 
 /** An open directory. The library makes it and writes all its fields; callers may read them. */
 struct compat_dir {
-    char *pattern;       /**< the path, a separator unless it ends in one, and "*.*"; owned */
-    compat_dirent entry; /**< what compat_readdir() hands out */
-    compat_find find;    /**< the current entry */
-    intptr_t search;     /**< the system's listing; 0 until the first compat_readdir(), -1 if it
-                              could not be begun or has been ended */
-    compat_place place;  /**< the directory itself */
+    char *pattern;       /**< library: the path, a separator unless it ends in one, and "*.*";
+                              owned */
+    compat_dirent entry; /**< library: what compat_readdir() hands out */
+    compat_find find;    /**< library: the current entry */
+    intptr_t search;     /**< library: the system's listing; 0 until the first compat_readdir(), -1
+                              if it could not be begun or has been ended */
+    compat_place place;  /**< library: the directory itself */
 };
 
 /**
@@ -80,22 +82,25 @@ struct compat_dir {
  * @param path  its path
  * @return the open directory, to be released with compat_closedir(); null for a path that names
  *         nothing, or no directory, and when memory ran out
+ * @see compat_readdir(), compat_closedir(), fileTrace()
  */
 TESSEL_API compat_dir *compat_opendir(const char *path);
 
 /**
- * Reads the next entry.
+ * Reads the next entry of a directory.
  *
  * @param dir  the open directory
  * @return the same record for each entry; the name in it holds until the next call with this
  *         directory. Null at the end, at a failure of the system, and from then on
+ * @see compat_opendir(), compat_closedir(), fileTrace()
  */
 TESSEL_API compat_dirent *compat_readdir(compat_dir *dir);
 
 /**
- * Closes a directory.
+ * Closes a directory and releases its record.
  *
- * @param dir  the open directory, or null
+ * @param dir  the open directory, or null, which does nothing
+ * @see compat_opendir()
  */
 TESSEL_API void compat_closedir(compat_dir *dir);
 
