@@ -32,6 +32,7 @@ enum {
  * @param dest    where to store
  * @param bytes   how many at most
  * @return bytes read, 0 at the end of the block
+ * @see memWrite(), memSeek(), fileRead(), ioRead()
  */
 TESSEL_API int32_t memRead(io_stream *stream, void *dest, int32_t bytes);
 
@@ -42,6 +43,7 @@ TESSEL_API int32_t memRead(io_stream *stream, void *dest, int32_t bytes);
  * @param source  the bytes
  * @param bytes   how many
  * @return bytes written; fewer where the block ends, 0 when it is full
+ * @see memRead(), memSeek(), fileWrite(), ioWrite()
  */
 TESSEL_API int32_t memWrite(io_stream *stream, const void *source, int32_t bytes);
 
@@ -52,6 +54,7 @@ TESSEL_API int32_t memWrite(io_stream *stream, const void *source, int32_t bytes
  * @param offset  bytes
  * @param whence  IO_FROM_START, IO_FROM_END; any other value moves from the current position
  * @return the new position; -1 for one outside of 0 to the block's size, which moves nothing
+ * @see memRead(), memWrite(), fileSeek(), ioSeek()
  */
 TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
 
@@ -69,6 +72,7 @@ TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
  * @return 1, or 0 when the file could not be opened or the flags or the path were refused; `handle`
  *         is -1 when the system's open itself failed, and unchanged when the flags or the path were
  *         refused before it
+ * @see fileClose(), fileRead(), fileWrite(), fileSeek()
  */
 TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags);
 
@@ -78,13 +82,30 @@ TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags)
  * @param stream  a stream; one whose `handle` is 0 has nothing to close
  * @return 1; 0 when the pending bytes could not be written, and then the file stays open, or when
  *         the system could not close it
+ * @see fileOpen(), ioFlushBuffer(), ioFreeBuffer()
  */
 TESSEL_API int32_t fileClose(io_stream *stream);
 
-/** Reads from the stream's file: bytes read, 0 at its end, -1 on failure. */
+/**
+ * Reads from the stream's file.
+ *
+ * @param stream  a stream whose `handle` is a descriptor
+ * @param dest    where to store
+ * @param bytes   how many at most
+ * @return bytes read, which may be fewer; 0 at the end of the file, -1 on failure
+ * @see fileWrite(), fileSeek(), fileOpen(), memRead(), ioRead()
+ */
 TESSEL_API int32_t fileRead(io_stream *stream, void *dest, int32_t bytes);
 
-/** Writes to the stream's file: bytes written, -1 on failure. */
+/**
+ * Writes to the stream's file.
+ *
+ * @param stream  a stream whose `handle` is a descriptor
+ * @param source  the bytes
+ * @param bytes   how many
+ * @return bytes written, which may be fewer; -1 on failure
+ * @see fileRead(), fileSeek(), fileOpen(), memWrite(), ioWrite()
+ */
 TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t bytes);
 
 /**
@@ -96,6 +117,7 @@ TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t byte
  * @return the new position. -1 when the system refused the move or the position does not fit a
  *         signed 32-bit number; the position is then what it was. Reading and writing go on past
  *         2 GiB all the same
+ * @see fileRead(), fileWrite(), memSeek(), ioSeek()
  */
 TESSEL_API int32_t fileSeek(io_stream *stream, int32_t offset, int32_t whence);
 
@@ -136,6 +158,7 @@ struct file_positions {
  * @return what ioTransfer() gave, 0 for a full copy; FILE_NO_SOURCE; FILE_NO_TARGET; IO_FAILED when
  *         a position could not be reached. Nothing stays open, and the target keeps what was
  *         written. A failure to close is not reported
+ * @see ioTransfer(), fileOpen(), fileTrace()
  */
 TESSEL_API int32_t fileCopy(const char *target, const char *source, int32_t targetPosition,
                             int32_t sourcePosition, int32_t count, void *buffer, int32_t size,
@@ -193,9 +216,10 @@ typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
  *                  afterwards, unless the callback ended the walk at a directory
  * @param flags     FILE_TRACE_ENTER, FILE_TRACE_DIRECTORIES
  * @return 1 after the whole walk; otherwise what the callback gave, or 0 when the start could not
- *         be opened or memory for an entry ran out. A directory that cannot be examined, or for which
- *         memory ran out, is reported as a file; one that cannot be listed counts as empty,
+ *         be opened or memory for an entry ran out. A directory that cannot be examined, or for
+ *         which memory ran out, is reported as a file; one that cannot be listed counts as empty,
  *         or as ending where the listing fails
+ * @see compat_opendir(), fileCopy(), strAppendDirectorySeparator()
  */
 TESSEL_API int32_t fileTrace(const char *path, file_trace_proc callback, file_trace *record,
                              uint32_t flags);
