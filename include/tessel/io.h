@@ -130,10 +130,24 @@ struct io_memory {
     void *base;       /**< caller: the block; not null, though it be empty */
 };
 
-/** Locks a view of a context: ioLockBuffer(), ioLockMemory(), or one that promises the same. */
+/**
+ * Locks a view of a context: ioLockBuffer(), ioLockMemory(), or one that promises the same.
+ *
+ * @param context  the source's context: an io_stream, an io_memory, or what the procedure wants
+ * @param size     with IO_LOCK_EXACTLY the number of bytes wanted. Otherwise the address of an
+ *                 int32_t that receives the bytes visible and, with IO_LOCK_AT_LEAST, holds the
+ *                 number wanted
+ * @param flags    lock flags
+ * @return the first byte of the view; null when it could not be given
+ */
 typedef void *(*io_lock_proc)(void *context, intptr_t size, uint32_t flags);
 
-/** Unlocks a view: ioUnlockBuffer(), ioUnlockMemory(), or one that promises the same. */
+/**
+ * Unlocks a view: ioUnlockBuffer(), ioUnlockMemory(), or one that promises the same.
+ *
+ * @param context  the source's context, which was locked
+ * @param end      where to go on: in the latest view, or just behind it
+ */
 typedef void (*io_unlock_proc)(void *context, const void *end);
 
 /** Direct access to a stream or a block, for readers that need not know which; the caller's. */
@@ -151,40 +165,53 @@ struct io_source {
  * @param size    capacity in bytes; 0 means 512, a negative number its magnitude, but at least 512,
  *                which the lowest number means as well
  * @return 1, or 0 when memory ran out; the stream and its old buffer then stand unchanged
+ * @see ioFreeBuffer(), ioFlushBuffer(), ioLockBuffer()
  */
 TESSEL_API int32_t ioAllocBuffer(io_stream *stream, int32_t size);
 
 /**
  * Flushes and releases a stream's buffer.
  *
- * @return what ioFlushBuffer() gave; the buffer is gone in either case, with its pending bytes
+ * @param stream  the stream, which has no buffer afterwards; it may have none before
+ * @return what ioFlushBuffer() gave, 1 or 0; the buffer is gone in either case, with its pending
+ *         bytes
+ * @see ioAllocBuffer(), ioFlushBuffer(), fileClose()
  */
 TESSEL_API int32_t ioFreeBuffer(io_stream *stream);
 
-/** Drops unread and pending bytes, without a call to the back end. */
+/**
+ * Drops the unread and pending bytes of a stream's buffer, without a call to the back end.
+ *
+ * @param stream  the stream; one without a buffer stays as it is
+ * @see ioSyncBuffer(), ioFlushBuffer()
+ */
 TESSEL_API void ioResetBuffer(io_stream *stream);
 
 /**
- * Hands pending bytes to the back end, in one write.
+ * Hands the pending bytes of a stream's buffer to the back end, in one write.
  *
- * @return 1, also when there was nothing to do; 0 when the back end did not take all of them, and
- *         then all still count as pending
+ * @param stream  the stream, with or without a buffer
+ * @return 1, also when there was nothing to do; 0 when the back end did not take all of them or
+ *         `write` is null, and then all still count as pending
+ * @see ioSyncBuffer(), ioResetBuffer(), ioFreeBuffer()
  */
 TESSEL_API int32_t ioFlushBuffer(io_stream *stream);
 
 /**
- * Brings the back end's position in line with the stream's: writes pending bytes, or seeks back
+ * Brings the back end's position in line with the stream's. It writes pending bytes, or seeks back
  * over unread ones and drops them.
  *
+ * @param stream  the stream, with or without a buffer
  * @return 1, also when there was nothing to do; 0 when the write or the seek failed or there is no
  *         seek procedure, and then the buffer stands unchanged
+ * @see ioFlushBuffer(), ioResetBuffer(), ioSeek()
  */
 TESSEL_API int32_t ioSyncBuffer(io_stream *stream);
 
 /**
- * Reads elements. A request smaller than the buffer's capacity refills an empty buffer; a larger
- * one, and one of just the capacity, goes straight into `dest`. The back end is called twice at
- * most, so fewer elements than asked for do not mean the end of the data.
+ * Reads elements from a stream. A request smaller than the buffer's capacity refills an empty
+ * buffer; a larger one, and one of just the capacity, goes straight into `dest`. The back end is
+ * called twice at most, so fewer elements than asked for do not mean the end of the data.
  *
  * @param stream      the stream
  * @param dest        room for `count` elements, at any alignment
@@ -194,12 +221,13 @@ TESSEL_API int32_t ioSyncBuffer(io_stream *stream);
  *         `dest` and are not counted. -1 when the back end failed, `read` is null, `count` is 0 or
  *         below, or the bytes do not fit a signed 32-bit number; bytes taken from the buffer before
  *         the back end failed are consumed
+ * @see ioFullRead(), ioWrite(), ioLockBuffer(), ioReadString()
  */
 TESSEL_API int32_t ioRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor);
 
 /**
- * Writes elements. The buffer takes what fits its room; anything else goes past it, behind the
- * pending bytes.
+ * Writes elements to a stream. The buffer takes what fits its room; anything else goes past it,
+ * behind the pending bytes.
  *
  * @param stream      the stream
  * @param source      `count` elements, at any alignment. They are brought into stream order in
@@ -210,6 +238,7 @@ TESSEL_API int32_t ioRead(io_stream *stream, void *dest, int32_t count, uint32_t
  * @return elements written; those behind a short count stay in stream order. -1 when the back end
  *         failed, which leaves all elements in stream order, or when `write` is null, `count` is 0
  *         or below, or the bytes do not fit a signed 32-bit number
+ * @see ioFullWrite(), ioRead(), ioWriteInt(), ioWriteString(), ioFlushBuffer()
  */
 TESSEL_API int32_t ioWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor);
 
@@ -223,37 +252,61 @@ TESSEL_API int32_t ioWrite(io_stream *stream, void *source, int32_t count, uint3
  * @return the new position from the start; -1 when `seek` is null, the pending bytes could not be
  *         written, the position does not fit a signed 32-bit number or the back end refused the
  *         move, which has then lost the unread bytes
+ * @see ioSkip(), ioSyncBuffer()
  */
 TESSEL_API int32_t ioSeek(io_stream *stream, int32_t offset, int32_t whence);
 
 /**
- * Skips bytes: with ioSeek() where the stream has a `seek`, so that it depends on the back end
- * whether the end can be passed, otherwise by reading.
+ * Skips bytes of a stream. It uses ioSeek() where the stream has a `seek`, so that it depends on
+ * the back end whether the end can be passed, otherwise it reads.
  *
  * @param stream  the stream
  * @param count   bytes, 0 or more
  * @return 1, or 0 when `count` is negative or the move or a read failed
+ * @see ioSeek(), ioRead()
  */
 TESSEL_API int32_t ioSkip(io_stream *stream, int32_t count);
 
-/** As ioRead(): 1 if exactly `count` elements came, otherwise 0, also for a `count` of 0. */
+/**
+ * Reads elements as ioRead() does, and takes less than all of them for a failure.
+ *
+ * @param stream      the stream
+ * @param dest        room for `count` elements, at any alignment
+ * @param count       number of elements, above 0
+ * @param descriptor  element size and order
+ * @return 1 if exactly `count` elements came, otherwise 0, also for a `count` of 0 or below; what
+ *         did come is consumed
+ * @see ioRead(), ioFullWrite()
+ */
 TESSEL_API int32_t ioFullRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor);
 
-/** As ioWrite(): 1 if exactly `count` elements went, otherwise 0, also for a `count` of 0. */
+/**
+ * Writes elements as ioWrite() does, and takes less than all of them for a failure.
+ *
+ * @param stream      the stream
+ * @param source      `count` elements, at any alignment. They are brought into stream order in
+ *                    place for the length of the call, and back unless the descriptor has
+ *                    MEM_NO_RESTORE; after a failure some or all may stay in stream order
+ * @param count       number of elements, above 0
+ * @param descriptor  element size, order, MEM_NO_RESTORE
+ * @return 1 if exactly `count` elements went, otherwise 0, also for a `count` of 0 or below
+ * @see ioWrite(), ioFullRead()
+ */
 TESSEL_API int32_t ioFullWrite(io_stream *stream, void *source, int32_t count, uint32_t descriptor);
 
 /**
- * Writes the low bytes of an integer as one element.
+ * Writes the low bytes of an integer to a stream, as one element.
  *
  * @param stream      the stream
  * @param value       the integer
  * @param descriptor  element size 1 (or 0), 2 or 4, and order
  * @return 1, or 0 when the element did not go or has another size
+ * @see ioWrite(), ioRead(), memReduceInt()
  */
 TESSEL_API int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descriptor);
 
 /**
- * Reads a string record: a length field of one element, then that many bytes.
+ * Reads a string record from a stream. That is a length field of one element, then that many bytes.
  *
  * @param stream      the stream; it ends up behind the record, also when the string did not fit
  * @param dest        room for the string, or null for a new block
@@ -264,11 +317,12 @@ TESSEL_API int32_t ioWriteInt(io_stream *stream, uint32_t value, uint32_t descri
  *         failed within the record, there is no room or memory, `size` is negative without `dest`,
  *         the string has 2 to the 31st bytes or more, or the field has another size. The position
  *         within the record is then undefined
+ * @see ioWriteString(), ioRead()
  */
 TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint32_t descriptor);
 
 /**
- * Writes a string record: a length field of one element, then that many bytes.
+ * Writes a string record to a stream. That is a length field of one element, then that many bytes.
  *
  * @param stream      the stream
  * @param string      the bytes, or null for an empty record
@@ -277,6 +331,7 @@ TESSEL_API char *ioReadString(io_stream *stream, char *dest, int32_t size, uint3
  * @param descriptor  the length field: element size 1 (or 0), 2 or 4, and order
  * @return 1, or 0 when not all of it went or the field has another size; for a negative `length`
  *         the field has gone then
+ * @see ioReadString(), ioWrite(), iotextWriteString()
  */
 TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t length,
                                  uint32_t descriptor);
@@ -299,15 +354,17 @@ TESSEL_API int32_t ioWriteString(io_stream *stream, const char *string, int32_t 
  *         end of the data. Null when the back end failed or lacks the procedure, memory ran out or
  *         the data ends before the number; unread bytes are then still there, and what `size`
  *         points to means nothing
+ * @see ioUnlockBuffer(), ioLockMemory(), ioRead(), ioWrite()
  */
 TESSEL_API void *ioLockBuffer(void *stream, intptr_t size, uint32_t flags);
 
 /**
- * Consumes a view up to a point, without a call to the back end.
+ * Consumes a view of a stream's buffer up to a point, without a call to the back end.
  *
  * @param stream  an io_stream that was locked
  * @param end     where to go on: in the latest view, or just behind it. In write mode all in front
  *                of it counts as pending
+ * @see ioLockBuffer(), ioUnlockMemory(), ioFlushBuffer()
  */
 TESSEL_API void ioUnlockBuffer(void *stream, const void *end);
 
@@ -315,15 +372,24 @@ TESSEL_API void ioUnlockBuffer(void *stream, const void *end);
  * Gives a view of all the rest of a memory block, for reading or writing.
  *
  * @param memory  an io_memory
- * @param size    as for ioLockBuffer()
+ * @param size    with IO_LOCK_EXACTLY the number of bytes wanted. Otherwise the address of an
+ *                int32_t that receives the bytes visible and, with IO_LOCK_AT_LEAST, holds the
+ *                number wanted
  * @param flags   lock flags
  * @return the byte at the position; null when fewer bytes are left than wanted (with
  *         IO_LOCK_AT_LEAST their number is stored all the same) or the position lies outside of the
  *         block
+ * @see ioUnlockMemory(), ioLockBuffer(), memRead(), memWrite()
  */
 TESSEL_API void *ioLockMemory(void *memory, intptr_t size, uint32_t flags);
 
-/** Sets the position of an io_memory to `end`, an address in its block or just behind it. */
+/**
+ * Consumes a view of a memory block up to a point.
+ *
+ * @param memory  an io_memory that was locked
+ * @param end     an address in its block or just behind it, which becomes the position
+ * @see ioLockMemory(), ioUnlockBuffer()
+ */
 TESSEL_API void ioUnlockMemory(void *memory, const void *end);
 
 /**
@@ -367,6 +433,7 @@ typedef int32_t (*io_progress_proc)(void *context, int32_t bytes);
  *         chunk; IO_COPIED. So a `progress` that gives 0 for a short last chunk makes a copy that
  *         was cut short result in IO_COPIED. What was written stays written, and what was read is
  *         consumed
+ * @see fileCopy(), iotextConvert(), ioRead(), ioWrite()
  */
 TESSEL_API int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count, void *buffer,
                               int32_t size, io_progress_proc progress, void *context);
@@ -384,9 +451,11 @@ TESSEL_API int32_t ioTransfer(io_stream *output, io_stream *input, int32_t count
 typedef int32_t (*io_probe_proc)(io_stream *stream, const void *key, void *context, int32_t *order);
 
 /**
- * Finds a record in a table of records in ascending order, by halving. Records are reached by moves
- * from the current position, so the table may begin anywhere in the stream. It must end below 2
- * GiB, which `count` times `size` must not exceed either.
+ * Finds a record in a table of records of a stream, by halving. The table is in ascending order,
+ * and this is binary search (Knuth, The Art of Computer Programming, volume 3, section 6.2.1,
+ * algorithm B). Records are reached by moves from the current position, so the table may begin
+ * anywhere in the stream. It must end below 2 GiB, which `count` times `size` must not exceed
+ * either.
  *
  * @param stream     a stream with a seek procedure that stands at the first record. Afterwards it
  *                   stands where the last probe left it
@@ -400,6 +469,7 @@ typedef int32_t (*io_probe_proc)(io_stream *stream, const void *key, void *conte
  * @param index      where the index of the record goes, or null; left alone if none is found
  * @return 1, or 0 when there is no such record or a move or a probe failed: a record that cannot be
  *         reached counts as not found
+ * @see memBinSearch(), ioSeek()
  */
 TESSEL_API int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size, const void *key,
                                io_probe_proc probe, void *context, void *cache, uint32_t cacheSize,
@@ -427,28 +497,50 @@ enum { IO_PIECE_FAILED = 0xffff };
  * @param proc     called for one piece after the other
  * @return bytes done, fewer than `length` if `proc` did less than it was given; -1 when it failed,
  *         whatever was done before
+ * @see ioRead(), ioWrite(), ioTransfer()
  */
 TESSEL_API int32_t ioEnhance(void *context, void *data, int32_t length, io_piece_proc proc);
 
 /**
- * Reads the rows of a two-dimensional array (see mem.h), each with an ioFullRead(). Unlike there
- * the sizes of the rows count elements: `unit` times the numbers of the size lists, a product that
- * wraps at 32 bits.
+ * Reads the rows of a two-dimensional array from a stream, each with an ioFullRead(). Unlike in
+ * mem.h the sizes of the rows count elements: `unit` times the numbers of the size lists, a product
+ * that wraps at 32 bits.
  *
  * @param stream      the stream
  * @param table       row table
  * @param rows        number of rows
  * @param unit        elements, multiplied by the numbers of the lists
- * @param first, second, flags  the sizes of the rows
+ * @param first       list of row dimensions, each 0 or more, or null for a factor of 1
+ * @param second      a second list of row dimensions, or null for a factor of 1
+ * @param flags       bytes of a number in the lists, 1, 2 or 4, with MEM_STEP_FIRST,
+ *                    MEM_STEP_SECOND
  * @param descriptor  element size and order
  * @return 1, also for no rows; 0 at the first row that did not come whole, has no elements, or has
  *         2 to the 31st elements or bytes or more, and then the rows behind it are left alone
+ * @see ioWrite2D(), ioFullRead(), memAlloc2D(), memAlloc2DExt()
  */
 TESSEL_API int32_t ioRead2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit,
                             const void *first, const void *second, uint16_t flags,
                             uint16_t descriptor);
 
-/** As ioRead2D(): writes the rows, each with an ioFullWrite(), which may turn elements in place. */
+/**
+ * Writes the rows of a two-dimensional array to a stream, each with an ioFullWrite(). Unlike in
+ * mem.h the sizes of the rows count elements: `unit` times the numbers of the size lists, a product
+ * that wraps at 32 bits.
+ *
+ * @param stream      the stream
+ * @param table       row table; the elements may be turned in place, as by ioWrite()
+ * @param rows        number of rows
+ * @param unit        elements, multiplied by the numbers of the lists
+ * @param first       list of row dimensions, each 0 or more, or null for a factor of 1
+ * @param second      a second list of row dimensions, or null for a factor of 1
+ * @param flags       bytes of a number in the lists, 1, 2 or 4, with MEM_STEP_FIRST,
+ *                    MEM_STEP_SECOND
+ * @param descriptor  element size, order, MEM_NO_RESTORE
+ * @return 1, also for no rows; 0 at the first row that did not go whole, has no elements, or has 2
+ *         to the 31st elements or bytes or more, and then the rows behind it are not written
+ * @see ioRead2D(), ioFullWrite(), memAlloc2D(), memAlloc2DExt()
+ */
 TESSEL_API int32_t ioWrite2D(io_stream *stream, void *table, uint32_t rows, uint16_t unit,
                              const void *first, const void *second, uint16_t flags,
                              uint16_t descriptor);
