@@ -70,12 +70,12 @@ enum {
 
 /** Bits of `callback_flags`: which events are wanted. */
 enum {
-    IOTEXT_WANT_CHARACTERS = 0x01,
-    IOTEXT_WANT_STOPS = 0x02,
-    IOTEXT_WANT_LINE_COMMENTS = 0x04,
-    IOTEXT_WANT_BLOCK_COMMENTS = 0x08,
-    IOTEXT_WANT_LINE_BOUNDS = 0x10,
-    IOTEXT_WANT_BLOCK_BOUNDS = 0x20
+    IOTEXT_WANT_CHARACTERS = 0x01,     /**< IOTEXT_ON_CHARACTER */
+    IOTEXT_WANT_STOPS = 0x02,          /**< IOTEXT_ON_STOP */
+    IOTEXT_WANT_LINE_COMMENTS = 0x04,  /**< IOTEXT_ON_LINE_COMMENT */
+    IOTEXT_WANT_BLOCK_COMMENTS = 0x08, /**< IOTEXT_ON_BLOCK_COMMENT */
+    IOTEXT_WANT_LINE_BOUNDS = 0x10,    /**< IOTEXT_ON_LINE_OPEN and IOTEXT_ON_LINE_CLOSE */
+    IOTEXT_WANT_BLOCK_BOUNDS = 0x20    /**< IOTEXT_ON_BLOCK_OPEN and IOTEXT_ON_BLOCK_CLOSE */
 };
 
 /** A result of the callback at IOTEXT_ON_CHARACTER: leave the character out of the item. */
@@ -110,8 +110,8 @@ enum { IOTEXT_FROM_STRING = 0x10 };
  *
  * @param source     as given to the scan
  * @param text       the record in use; its `line` and `count` are not current during a scan, and
- * its delimiters must stay as they are. After the event `callback_flags` is read again, but for a
- * dropped character
+ *                   its delimiters must stay as they are. After the event `callback_flags` is read
+ *                   again, but for a dropped character
  * @param event      which event
  * @param character  the character, or what the event says. At IOTEXT_ON_CHARACTER it may be changed
  *                   for the item; it is not tested again
@@ -143,7 +143,7 @@ struct io_text {
 };
 
 /**
- * Reads one item.
+ * Reads one item of text.
  *
  * The item ends at a stop character, which is consumed (in an inverted scan it stays unread), at a
  * comment, which is consumed with its line end or close delimiter, or at the end of the input. A
@@ -153,7 +153,7 @@ struct io_text {
  * @param delimiters  the stop set, or null for white space
  * @param dest        where the item goes, NUL-terminated and trimmed; null only counts it
  * @param size        room at `dest`, terminator included, at least 1; not looked at without `dest`
- * @param mode        mode bits
+ * @param mode        mode bits, IOTEXT_INVERTED to IOTEXT_EACH_COMMENT
  * @param text        the record, or null for none
  * @return IOTEXT_STOPPED, IOTEXT_COMMENT or IOTEXT_END with the item in `dest` and its length in
  *         `count`, which with IOTEXT_CUT may exceed the room; the end of the input with a `count`
@@ -165,6 +165,8 @@ struct io_text {
  *         IOTEXT_FAILED when the source failed or the callback stopped the leading skip: `dest` may
  *         lack its terminator and `count` its meaning. A stream whose read fails right behind the
  *         first characters of a delimiter counts as ended there; the next scan meets the failure
+ * @see iotextSleep(), iotextWait(), iotextObserve(), iotextReadString(), ioLockBuffer(),
+ *      ioLockMemory()
  */
 TESSEL_API int32_t iotextRead(const io_source *source, const char *delimiters, char *dest,
                               int32_t size, uint32_t mode, io_text *text);
@@ -172,8 +174,12 @@ TESSEL_API int32_t iotextRead(const io_source *source, const char *delimiters, c
 /**
  * Passes over text and comments up to and including the next stop character.
  *
- * @param source, delimiters, text  as for iotextRead()
- * @return IOTEXT_STOPPED, IOTEXT_END or a failure of iotextRead()
+ * @param source      the input
+ * @param delimiters  the stop set, or null for white space
+ * @param text        the record, or null for none
+ * @return IOTEXT_STOPPED with the stop character in `terminator`, IOTEXT_END where there is none,
+ *         or a failure of iotextRead(): IOTEXT_FAILED, IOTEXT_COMMENT_FAULT, IOTEXT_CANCELLED
+ * @see iotextWait(), iotextObserve(), iotextRead()
  */
 TESSEL_API int32_t iotextSleep(const io_source *source, const char *delimiters, io_text *text);
 
@@ -181,18 +187,27 @@ TESSEL_API int32_t iotextSleep(const io_source *source, const char *delimiters, 
  * Demands that nothing but white space and comments comes before the next stop character, and
  * consumes it.
  *
- * @param source, delimiters, text  as for iotextRead()
- * @return IOTEXT_STOPPED, IOTEXT_END, or IOTEXT_OTHER_TEXT, with that text consumed and what ended
- *         it; otherwise a failure of iotextRead()
+ * @param source      the input
+ * @param delimiters  the stop set, or null for white space
+ * @param text        the record, or null for none
+ * @return IOTEXT_STOPPED with the stop character in `terminator`, IOTEXT_END where there is none,
+ *         or IOTEXT_OTHER_TEXT, with that text consumed and what ended it; otherwise a failure of
+ *         iotextRead(): IOTEXT_FAILED, IOTEXT_COMMENT_FAULT, IOTEXT_CANCELLED
+ * @see iotextSleep(), iotextObserve(), iotextRead()
  */
 TESSEL_API int32_t iotextWait(const io_source *source, const char *delimiters, io_text *text);
 
 /**
- * Passes over white space, then over members of `delimiters` and comments, up to the first other
- * character, which stays unread and lies in `terminator`.
+ * Passes over white space, delimiters and comments, up to the first other character. White space
+ * goes first, then members of `delimiters` and comments. The other character stays unread and lies
+ * in `terminator`.
  *
- * @param source, delimiters, text  as for iotextRead()
- * @return IOTEXT_STOPPED, IOTEXT_END or a failure of iotextRead()
+ * @param source      the input
+ * @param delimiters  the set to pass over, or null for white space
+ * @param text        the record, or null for none
+ * @return IOTEXT_STOPPED, IOTEXT_END where there is no other character, or a failure of
+ *         iotextRead(): IOTEXT_FAILED, IOTEXT_COMMENT_FAULT, IOTEXT_CANCELLED
+ * @see iotextSleep(), iotextWait(), iotextRead()
  */
 TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters, io_text *text);
 
@@ -207,7 +222,8 @@ TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters
  * @param close   the closing quote, which is consumed; it may equal `open`
  * @param last    a character that the caller has read already; if it equals `open`, the opening
  *                quote counts as consumed
- * @param flags   flags
+ * @param flags   IOTEXT_KEEP_LINE_ESCAPES, IOTEXT_KEEP_ESCAPES, IOTEXT_LINE_ENDS,
+ *                IOTEXT_SKIP_WHITE, IOTEXT_TRIM_WHITE, IOTEXT_COMMENTS
  * @param text    the record, or null for none
  * @return IOTEXT_STOPPED with the string in `dest` and its length in `count`. IOTEXT_END when the
  *         input ended before the opening quote or, with `open` 0, anywhere: `dest` then holds the
@@ -217,10 +233,10 @@ TESSEL_API int32_t iotextObserve(const io_source *source, const char *delimiters
  *         (also where the input ends within two characters behind a backslash),
  *         IOTEXT_COMMENT_FAULT and IOTEXT_CANCELLED as from iotextRead(). `dest` keeps what was
  *         stored, terminated but for IOTEXT_FAILED; what ended the wait for the opening quote left
- *         it untouched. Nothing is undone, so the source
- *         stands where the failure was found, and just behind the backslash of an escape that did
- *         not fit. `count` is the string's length after IOTEXT_STOPPED alone, and `line` does not
- *         count escaped line ends
+ *         it untouched. Nothing is undone, so the source stands where the failure was found, and
+ *         just behind the backslash of an escape that did not fit. `count` is the string's length
+ *         after IOTEXT_STOPPED alone, and `line` does not count escaped line ends
+ * @see iotextRead(), iotextWait()
  */
 TESSEL_API int32_t iotextReadString(const io_source *source, char *dest, int32_t size, char open,
                                     char close, char last, uint32_t flags, io_text *text);
@@ -235,6 +251,7 @@ TESSEL_API int32_t iotextReadString(const io_source *source, char *dest, int32_t
  * @return IOTEXT_LF, IOTEXT_CR, IOTEXT_CRLF, IOTEXT_LFCR, or IOTEXT_NO_LINE_END at the end of a
  *         text that has none. IOTEXT_NO_STYLE when a read failed; `length` is written then if no
  *         line end had come yet. The stream stands where that read left it
+ * @see iotextConvert()
  */
 TESSEL_API int32_t iotextFormat(io_stream *stream, int32_t *length);
 
@@ -255,26 +272,30 @@ TESSEL_API int32_t iotextFormat(io_stream *stream, int32_t *length);
  *         IOTEXT_CRLF or IOTEXT_LFCR for both, in pairs or apart, in the order in which they first
  *         appear; IOTEXT_NO_LINE_END for neither. IOTEXT_NO_STYLE when a read failed, with all text
  *         before it written, or when a write failed, which ends the copy at once
+ * @see iotextWrite(), iotextFormat(), ioTransfer()
  */
 TESSEL_API int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags);
 
 /**
- * Writes a string as iotextConvert() does.
+ * Writes a string to a stream and every line end in it in one style, as iotextConvert() does.
  *
- * @param out    the stream written to
+ * @param out    the stream written to; a buffer is not flushed at the end
  * @param text   a NUL-terminated string
- * @param flags  as for iotextConvert(); IOTEXT_FROM_STRING is understood
- * @return 1, also for an empty string; 0 when a write failed
+ * @param flags  in the low three bits the style to write, as for iotextConvert();
+ *               IOTEXT_FROM_STRING is understood
+ * @return 1, also for an empty string; 0 when a write failed, which ends the copy at once
+ * @see iotextConvert(), iotextWriteString()
  */
 TESSEL_API int32_t iotextWrite(io_stream *out, const char *text, uint32_t flags);
 
 /**
- * Writes a string as it is, without its NUL.
+ * Writes a string to a stream as it is, without its NUL.
  *
- * @param out   the stream written to
+ * @param out   the stream written to; a buffer is not flushed at the end
  * @param text  a NUL-terminated string
  * @return 1; 0 when not all of it went, and for an empty string or one of 2 to the 31st characters
  *         or more, which are not written
+ * @see iotextWrite(), ioWriteString()
  */
 TESSEL_API int32_t iotextWriteString(io_stream *out, const char *text);
 
