@@ -14,6 +14,9 @@
  * character of the string, its position, and that is the one character that it may overwrite, with
  * a NUL. None of them allocates. For the scans a null set means white space: space, tab, carriage
  * return and line feed. One that finds nothing gives null or -1, writes nothing, and is no failure.
+ *
+ * Paths are text alone, below 2 GiB; the file system is not looked at. A separator is a slash, a
+ * backslash, or a colon, which ends a drive prefix.
  */
 #ifndef TESSEL_STRING_H
 #define TESSEL_STRING_H
@@ -49,25 +52,30 @@ enum {
 };
 
 /**
- * Copies a string.
+ * Copies a string into a buffer or a new block.
  *
  * @param target  a buffer, or null for a new block
  * @param text    the string, or null
  * @param room    capacity of `target`, or extra bytes of the new block
- * @return `target` or the new block; null, with nothing written, if `text` is null, `target` is too
- *         small, memory ran out, or a size is negative or does not fit 32 bits
+ * @return `target` or the new block, to be released with memFree(); null, with nothing written, if
+ *         `text` is null, `target` is too small, memory ran out, or a size is negative or does not
+ *         fit 32 bits
+ * @see strUnion(), strInsert(), strAppend(), memFree()
  */
 TESSEL_API char *strCopy(char *target, const char *text, int32_t room);
 
 /**
- * Joins two strings.
+ * Joins two strings in a buffer or a new block.
  *
  * @param target  a buffer, or null for a new block; it may hold `left` at its start, but no part of
  *                `right`
  * @param left    the string that comes first; null counts as empty
  * @param right   the string behind it; null counts as empty
  * @param room    capacity of `target`, or extra bytes of the new block
- * @return as strCopy(), null if both strings are null
+ * @return `target` or the new block, to be released with memFree(); null, with nothing written, if
+ *         both strings are null, `target` is too small, memory ran out, or a size is negative or
+ *         does not fit 32 bits
+ * @see strCopy(), strAppend(), strInsert()
  */
 TESSEL_API char *strUnion(char *target, const char *left, const char *right, int32_t room);
 
@@ -89,11 +97,30 @@ TESSEL_API char *strUnion(char *target, const char *left, const char *right, int
  *         `insertion` is null. Null if there is no room and `roomRef` is null, if the new capacity
  *         does not fit a signed 32-bit number, or if memory ran out, and the word then holds the
  *         capacity that was not to be had; `text` stands unchanged in each case
+ * @see strAppend(), strUnion(), strCopy()
  */
 TESSEL_API char *strInsert(char *text, const char *insertion, int32_t position, int32_t capacity,
                            int32_t *roomRef);
 
-/** strInsert() at the end. */
+/**
+ * Appends one string to another, in place if that has the room. This is strInsert() at the end:
+ * otherwise the string is replaced by a new block, if the caller allows it, and its old one is
+ * released. It must then be a block of memAlloc() and must not hold `insertion`.
+ *
+ * @param text       the string, or null
+ * @param insertion  the string to append, or null. If the buffer stays it may be `text` itself, or
+ *                   an end of it
+ * @param capacity   capacity of the buffer of `text`; negative if there is room in any case
+ * @param roomRef    null if the buffer must not be replaced. Otherwise the address of a word that
+ *                   holds the extra bytes wanted in a new one, 0 or more; the call sets it to 0 if
+ *                   the buffer stays or the new capacity does not fit, and to the new capacity if
+ *                   it is to be replaced
+ * @return the string, to be used from now on instead of `text`. `text` as it is, if it or
+ *         `insertion` is null. Null if there is no room and `roomRef` is null, if the new capacity
+ *         does not fit a signed 32-bit number, or if memory ran out, and the word then holds the
+ *         capacity that was not to be had; `text` stands unchanged in each case
+ * @see strInsert(), strUnion()
+ */
 TESSEL_API char *strAppend(char *text, const char *insertion, int32_t capacity, int32_t *roomRef);
 
 /**
@@ -104,11 +131,12 @@ TESSEL_API char *strAppend(char *text, const char *insertion, int32_t capacity, 
  * @param text   the string to look for, not null; the empty one is never found
  * @param flags  STR_NO_CASE
  * @return its index, from 0 on, or -1
+ * @see listFindStr(), bintreeFindStr()
  */
 TESSEL_API int32_t strFind(const char *list, const char *text, uint32_t flags);
 
 /**
- * Splits off the first token, or skips a leading run.
+ * Splits off the first token of a string, or skips a leading run.
  *
  * Without STR_COMPLEMENT the position is the first member of the set. With it, it is the last
  * character of the run of members that `text` begins with.
@@ -120,12 +148,13 @@ TESSEL_API int32_t strFind(const char *list, const char *text, uint32_t flags);
  *         member. Otherwise without STR_KEEP the address behind the position, which now holds a
  *         NUL: the rest of the string. With STR_KEEP the position itself; with STR_COMPLEMENT that
  *         is the address one before `text`, not to be read, when `text` does not begin with a
- *         member. Without STR_KEEP such a string comes back as it is: `text`, nothing written.
+ *         member. Without STR_KEEP such a string comes back as it is: `text`, nothing written
+ * @see strBackwardToken(), strTokenIndex(), strCountToken()
  */
 TESSEL_API char *strToken(char *text, const char *set, uint32_t flags);
 
 /**
- * Splits off the last token, or trims a trailing run.
+ * Splits off the last token of a string, or trims a trailing run.
  *
  * Without STR_COMPLEMENT the position is the last member of the set in the stretch. With it, it is
  * the first character of the run of members that the stretch ends with; where there is no such run
@@ -138,25 +167,51 @@ TESSEL_API char *strToken(char *text, const char *set, uint32_t flags);
  * @param flags   STR_COMPLEMENT, STR_KEEP, STR_FROM_END
  * @return the address behind the position, with STR_KEEP as well; null for a null `text`, a stretch
  *         of no characters or a negative length, and where nothing is found
+ * @see strToken(), strBackwardTokenIndex()
  */
 TESSEL_API char *strBackwardToken(char *text, int32_t length, const char *set, uint32_t flags);
 
-/** The position that strToken() with STR_KEEP would find, as an index, or -1. */
+/**
+ * Finds the position of strToken() with STR_KEEP as an index, and writes nothing.
+ *
+ * @param text   the string, or null
+ * @param set    the set, or null for white space
+ * @param flags  STR_COMPLEMENT
+ * @return the index; -1 for a null or empty `text`, without STR_COMPLEMENT where no character is a
+ *         member, and with it where `text` does not begin with a member
+ * @see strToken(), strBackwardTokenIndex()
+ */
 TESSEL_API int32_t strTokenIndex(const char *text, const char *set, uint32_t flags);
 
 /**
- * The position that strBackwardToken() with STR_KEEP would find, as an index from the start of the
- * stretch, or -1.
+ * Finds the position of strBackwardToken() with STR_KEEP as an index, and writes nothing.
+ *
+ * @param text    the string, or null; with STR_FROM_END the address behind the stretch
+ * @param length  size of the stretch; 0 means the whole string, up to 2 GiB, but not with
+ *                STR_FROM_END. No byte before the stretch is read
+ * @param set     the set, or null for white space
+ * @param flags   STR_COMPLEMENT, STR_FROM_END
+ * @return the index from the start of the stretch, which is `length` where the position is the byte
+ *         behind it; -1 for a null `text`, a stretch of no characters or a negative length, and
+ *         where nothing is found
+ * @see strBackwardToken(), strTokenIndex()
  */
 TESSEL_API int32_t strBackwardTokenIndex(const char *text, int32_t length, const char *set,
                                          uint32_t flags);
 
-/** The number of characters of `text` that are members of `set`; neither may be null. */
+/**
+ * Counts the characters of a string that are members of a set.
+ *
+ * @param text  the string, not null
+ * @param set   the set, not null
+ * @return how many; the terminator does not count
+ * @see strReplaceToken(), strTokenIndex()
+ */
 TESSEL_API int32_t strCountToken(const char *text, const char *set);
 
 /**
- * Replaces characters in place: the i-th character of the set by the i-th replacement, and the last
- * replacement serves the rest of the set.
+ * Replaces characters of a string in place. The i-th character of the set is replaced by the i-th
+ * replacement, and the last replacement serves the rest of the set.
  *
  * @param text          the string; its length does not change
  * @param set           the characters to be replaced, not null; where one stands twice, the first
@@ -165,22 +220,23 @@ TESSEL_API int32_t strCountToken(const char *text, const char *set);
  * @param count         0: replace all. Above 0: stop after that many, from the start. Below 0: stop
  *                      after that many, from the end
  * @return `text`
+ * @see strCountToken(), strToken()
  */
 TESSEL_API char *strReplaceToken(char *text, const char *set, const char *replacements,
                                  int32_t count);
 
-/* Paths: text alone, below 2 GiB; the file system is not looked at. A separator is a slash, a
-   backslash, or a colon, which ends a drive prefix. */
+/* Paths */
 
 /**
- * Brings a path into the form with backslashes, in place: each slash becomes one. The form that
+ * Brings a path into the form with backslashes, in place. Each slash becomes one. The form that
  * begins with two slashes, a drive character and one more character becomes drive, colon and
- * backslash: '//c/dir' gives 'c:\dir'. A backslash in front of a space or of another backslash
+ * backslash: `//c/dir` gives `c:\dir`. A backslash in front of a space or of another backslash
  * becomes that character too, and both are passed over.
  *
  * @param path  the path; it is never longer afterwards. One of two slashes and less than two
  *              characters behind them has no drive form
  * @return `path`
+ * @see strAbsolutePath(), strAppendDirectorySeparator()
  */
 TESSEL_API char *strGetCompatiblePath(char *path);
 
@@ -190,10 +246,16 @@ TESSEL_API char *strGetCompatiblePath(char *path);
  *
  * @param path  the path, in a buffer with room for one more character; an empty one stays empty
  * @return its length now; -1 for a path of 2 GiB or more, which is left as it is
+ * @see strGetDirectorySeparator(), strSplitPath()
  */
 TESSEL_API int32_t strAppendDirectorySeparator(char *path);
 
-/** All separators, as a set for the token procedures. */
+/**
+ * Gives all path separators, as a set for the token procedures.
+ *
+ * @return colon, backslash and slash, as a constant text
+ * @see strAppendDirectorySeparator(), strBackwardToken()
+ */
 TESSEL_API const char *strGetDirectorySeparator(void);
 
 /**
@@ -201,6 +263,7 @@ TESSEL_API const char *strGetDirectorySeparator(void);
  *
  * @param path  the path, or null
  * @return the address in `path`, or null if there is no dot
+ * @see strGetFileName(), strSplitPath()
  */
 TESSEL_API const char *strGetFileExtension(const char *path);
 
@@ -209,6 +272,7 @@ TESSEL_API const char *strGetFileExtension(const char *path);
  *
  * @param path  the path, or null
  * @return the address in `path`, which is `path` itself where there is no separator
+ * @see strGetFileExtension(), strSplitPath()
  */
 TESSEL_API const char *strGetFileName(const char *path);
 
@@ -222,16 +286,18 @@ TESSEL_API const char *strGetFileName(const char *path);
  * @param extensionRef  null, or where to store what follows the dot; an empty text where there is
  *                      none
  * @param path          the path
+ * @see strGetFileName(), strGetFileExtension(), strAppendDirectorySeparator()
  */
 TESSEL_API void strSplitPath(const char **directoryRef, const char **nameRef,
                              const char **extensionRef, char *path);
 
 /**
- * Tells whether a path is absolute: it begins with a slash or backslash, or with any character, a
- * colon and a slash or backslash.
+ * Tells whether a path is absolute. It then begins with a slash or backslash, or with any
+ * character, a colon and a slash or backslash.
  *
  * @param path  the path
  * @return 1 or 0
+ * @see strGetCompatiblePath(), strSplitPath()
  */
 TESSEL_API int32_t strAbsolutePath(const char *path);
 
@@ -260,6 +326,7 @@ enum {
  * @param format  the styles; other bits are ignored. An exponent of no characters counts as zero
  *                and goes with its letter, except under STR_EXPONENT_KEEP
  * @return `text`, which is never longer than it was
+ * @see x_string()
  */
 TESSEL_API char *strReduceZero(char *text, uint32_t format);
 
@@ -377,30 +444,43 @@ struct str_option {
  *                    STROPT_SORTED any of them
  * @param count       number of entries, below 2 to the 28th; 0 for a null table
  * @return a class or a character
+ * @see stroptGetString(), stroptArgv(), stroptTable()
  */
 TESSEL_API int32_t stroptGetOption(str_option *option, const char *prefixes, const char *delimiters,
                                    const char *const *table, uint32_t count);
 
 /**
- * Gives the value of the option just parsed, wherever it stands: `value` if there is one, which
- * stays there, otherwise the next argument, whatever it looks like, which then is `current`. It
- * does not end a cluster: for an option whose value is the rest of a cluster the caller clears
+ * Gives the value of the option just parsed, wherever it stands. That is `value` if there is one,
+ * which stays there, otherwise the next argument, whatever it looks like, which then is `current`.
+ * It does not end a cluster: for an option whose value is the rest of a cluster the caller clears
  * STROPT_IN_CLUSTER.
  *
+ * @param option  the parser
  * @return the value, or null when no argument is left
+ * @see stroptGetOption()
  */
 TESSEL_API char *stroptGetString(str_option *option);
 
 /**
- * Fetches from an argument vector as main() gets it: `cursor`, set to the start of an array of
- * strings with a null element at its end, moves on, then its string is given. So the first one, the
- * program's name, is skipped.
+ * Fetches the next argument of an argument vector as main() gets it. `cursor`, set to the start of
+ * an array of strings with a null element at its end, moves on, then its string is given. So the
+ * first one, the program's name, is skipped.
  *
+ * @param option  the parser, whose `fetch` this is
  * @return the argument, or null at the end, at every later call as well
+ * @see stroptTable(), stroptGetOption()
  */
 TESSEL_API char *stroptArgv(str_option *option);
 
-/** As stroptArgv(), but `cursor` moves on afterwards, so that the first string is given too. */
+/**
+ * Fetches the next argument of a table of strings, from the first one on. The string at `cursor`,
+ * set to the start of an array of strings with a null element at its end, is given, then `cursor`
+ * moves on. So no string is skipped, unlike with stroptArgv().
+ *
+ * @param option  the parser, whose `fetch` this is
+ * @return the argument, or null at the end, at every later call as well
+ * @see stroptArgv(), stroptGetOption()
+ */
 TESSEL_API char *stroptTable(str_option *option);
 
 #ifdef __cplusplus
