@@ -53,8 +53,10 @@ enum {
                                  tree is unchanged */
 };
 
-/** The failure of bintreeGetHeight() and bintreeCheckBalance(): memory ran out. */
-enum { BINTREE_FAILED = -1 };
+/** The failure of bintreeGetHeight() and bintreeCheckBalance(). */
+enum {
+    BINTREE_FAILED = -1 /**< memory ran out */
+};
 
 /**
  * Flags of a path, of bintreeCreate(), which reads the two that are marked so, and of the Ext
@@ -138,7 +140,7 @@ typedef int32_t (*bintree_compare_proc)(const bintree_node *node, const void *ke
 typedef int32_t (*bintree_visit_proc)(bintree_node *node, void *context);
 
 /**
- * Searches a tree without a path.
+ * Searches a tree for a key, without a path.
  *
  * @param tree     the root node, or null
  * @param key      passed on to `compare`
@@ -150,7 +152,8 @@ TESSEL_API bintree_node *bintreeSearch(const bintree_node *tree, const void *key
                                        bintree_compare_proc compare);
 
 /**
- * Searches a tree and writes the way into a path. Unless the path must grow, nothing is allocated.
+ * Searches a tree for a key and writes the way into a path. Unless the path must grow, nothing is
+ * allocated.
  *
  * @param out_node  receives the node found, and is not written otherwise
  * @param tree      the root node, or null
@@ -287,7 +290,7 @@ TESSEL_API int32_t bintreeCreateExt(bintree_node **out_node, bintree_node **root
  * @param node     the node, not null; it stays the caller's and untouched unless it was linked
  * @param key      the node's key, passed on to `compare`
  * @param compare  compares a node with `key`
- * @param flags    flags of the path: BINTREE_BALANCED and the growth step
+ * @param flags    flags of the path: BINTREE_BALANCED and the growth step (BINTREE_GROWTH_MASK)
  * @return BINTREE_DONE, BINTREE_EXISTS, or BINTREE_NO_ROOM when memory ran out
  * @see bintreeAdd(), bintreeCreateExt(), bintreeCutExt()
  */
@@ -303,7 +306,7 @@ TESSEL_API int32_t bintreeAddExt(bintree_node **root, bintree_node *node, const 
  * @param root      the root link
  * @param key       passed on to `compare`
  * @param compare   compares a node with `key`
- * @param flags     flags of the path: BINTREE_BALANCED and the growth step
+ * @param flags     flags of the path: BINTREE_BALANCED and the growth step (BINTREE_GROWTH_MASK)
  * @return BINTREE_DONE, BINTREE_NOT_FOUND, or BINTREE_NO_ROOM when memory ran out
  * @see bintreeCut(), bintreeRemoveExt(), bintreeAddExt()
  */
@@ -317,7 +320,7 @@ TESSEL_API int32_t bintreeCutExt(bintree_node **out_node, bintree_node **root, c
  * @param root     the root link
  * @param key      passed on to `compare`
  * @param compare  compares a node with `key`
- * @param flags    flags of the path: BINTREE_BALANCED and the growth step
+ * @param flags    flags of the path: BINTREE_BALANCED and the growth step (BINTREE_GROWTH_MASK)
  * @return BINTREE_DONE, BINTREE_NOT_FOUND, or BINTREE_NO_ROOM when memory ran out; nothing is
  *         released unless it is BINTREE_DONE
  * @see bintreeRemove(), bintreeCutExt(), bintreeCreateExt()

@@ -26,7 +26,7 @@ enum {
 };
 
 /**
- * Reads from a memory block.
+ * Reads bytes from a memory block, as the back end of a stream.
  *
  * @param stream  a stream whose `handle` is the address of an io_memory
  * @param dest    where to store
@@ -37,7 +37,7 @@ enum {
 TESSEL_API int32_t memRead(io_stream *stream, void *dest, int32_t bytes);
 
 /**
- * Writes to a memory block, which does not grow.
+ * Writes bytes to a memory block, as the back end of a stream. The block does not grow.
  *
  * @param stream  a stream whose `handle` is the address of an io_memory
  * @param source  the bytes
@@ -48,7 +48,7 @@ TESSEL_API int32_t memRead(io_stream *stream, void *dest, int32_t bytes);
 TESSEL_API int32_t memWrite(io_stream *stream, const void *source, int32_t bytes);
 
 /**
- * Moves the position in a memory block.
+ * Moves the position in a memory block, as the back end of a stream.
  *
  * @param stream  a stream whose `handle` is the address of an io_memory
  * @param offset  bytes
@@ -59,7 +59,7 @@ TESSEL_API int32_t memWrite(io_stream *stream, const void *source, int32_t bytes
 TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
 
 /**
- * Opens a file and stores its descriptor in the stream's `handle`. Nothing else of the stream is
+ * Opens a file and stores its descriptor in a stream's `handle`. Nothing else of the stream is
  * filled in; a buffer that it has from an earlier use is emptied. The descriptor is not inherited
  * by programs that this one starts.
  *
@@ -77,7 +77,7 @@ TESSEL_API int32_t memSeek(io_stream *stream, int32_t offset, int32_t whence);
 TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags);
 
 /**
- * Flushes the stream's buffer and closes its file. The buffer stays, and `handle` keeps its value.
+ * Flushes a stream's buffer and closes its file. The buffer stays, and `handle` keeps its value.
  *
  * @param stream  a stream; one whose `handle` is 0 has nothing to close
  * @return 1; 0 when the pending bytes could not be written, and then the file stays open, or when
@@ -87,7 +87,7 @@ TESSEL_API int32_t fileOpen(io_stream *stream, const char *path, uint32_t flags)
 TESSEL_API int32_t fileClose(io_stream *stream);
 
 /**
- * Reads from the stream's file.
+ * Reads bytes from a file, as the back end of a stream.
  *
  * @param stream  a stream whose `handle` is a descriptor
  * @param dest    where to store
@@ -98,7 +98,7 @@ TESSEL_API int32_t fileClose(io_stream *stream);
 TESSEL_API int32_t fileRead(io_stream *stream, void *dest, int32_t bytes);
 
 /**
- * Writes to the stream's file.
+ * Writes bytes to a file, as the back end of a stream.
  *
  * @param stream  a stream whose `handle` is a descriptor
  * @param source  the bytes
@@ -109,7 +109,7 @@ TESSEL_API int32_t fileRead(io_stream *stream, void *dest, int32_t bytes);
 TESSEL_API int32_t fileWrite(io_stream *stream, const void *source, int32_t bytes);
 
 /**
- * Moves the position in the stream's file.
+ * Moves the position in a file, as the back end of a stream.
  *
  * @param stream  a stream whose `handle` is a descriptor
  * @param offset  bytes
@@ -123,8 +123,10 @@ TESSEL_API int32_t fileSeek(io_stream *stream, int32_t offset, int32_t whence);
 
 typedef struct file_positions file_positions;
 
-/** A flag of fileCopy() beside those of fileOpen(): tell at `context` where the copy begins. */
-enum { FILE_TELL_POSITIONS = 0x1000 };
+/** A flag of fileCopy() beside those of fileOpen(). */
+enum {
+    FILE_TELL_POSITIONS = 0x1000 /**< tell at `context` where the copy begins */
+};
 
 /** Results of fileCopy() beside those of ioTransfer(). */
 enum {
@@ -184,8 +186,10 @@ enum {
     FILE_TRACE_DIRECTORIES = 0x2 /**< report directories as well, each before it is entered */
 };
 
-/** The result of a callback that lets the walk go on. */
-enum { FILE_TRACE_GO_ON = 1 };
+/** The result of a callback of fileTrace(). */
+enum {
+    FILE_TRACE_GO_ON = 1 /**< lets the walk go on; anything else ends it */
+};
 
 /**
  * Takes an entry of a walk.
@@ -197,7 +201,7 @@ enum { FILE_TRACE_GO_ON = 1 };
 typedef int32_t (*file_trace_proc)(const char *fullPath, file_trace *record);
 
 /**
- * Walks over the entries of a directory, and of all those below it if FILE_TRACE_ENTER is set.
+ * Walks over the entries of a directory and, with FILE_TRACE_ENTER, of all those below it.
  * Entries come in the system's order, and a directory is walked as soon as it comes up. Names that
  * begin with a full stop are passed over, and the start itself is not reported.
  *

@@ -36,7 +36,9 @@ typedef struct io_memory io_memory;
 typedef struct io_source io_source;
 
 /** The failure of transfers and moves. */
-enum { IO_FAILED = -1 };
+enum {
+    IO_FAILED = -1 /**< the back end failed, or what was asked for cannot be done */
+};
 
 /** What else ioTransfer() can result in. */
 enum {
@@ -268,7 +270,7 @@ TESSEL_API int32_t ioSeek(io_stream *stream, int32_t offset, int32_t whence);
 TESSEL_API int32_t ioSkip(io_stream *stream, int32_t count);
 
 /**
- * Reads elements as ioRead() does, and takes less than all of them for a failure.
+ * Reads elements from a stream and fails unless all of them come. It reads as ioRead() does.
  *
  * @param stream      the stream
  * @param dest        room for `count` elements, at any alignment
@@ -281,7 +283,7 @@ TESSEL_API int32_t ioSkip(io_stream *stream, int32_t count);
 TESSEL_API int32_t ioFullRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor);
 
 /**
- * Writes elements as ioWrite() does, and takes less than all of them for a failure.
+ * Writes elements to a stream and fails unless all of them go. It writes as ioWrite() does.
  *
  * @param stream      the stream
  * @param source      `count` elements, at any alignment. They are brought into stream order in
@@ -485,8 +487,10 @@ TESSEL_API int32_t ioBinSearch(io_stream *stream, uint32_t count, uint32_t size,
  */
 typedef uint16_t (*io_piece_proc)(void *context, void *data, uint16_t count);
 
-/** The failure of an io_piece_proc, above every `count`. */
-enum { IO_PIECE_FAILED = 0xffff };
+/** The failure of an io_piece_proc. */
+enum {
+    IO_PIECE_FAILED = 0xffff /**< fails the transfer; above every `count` */
+};
 
 /**
  * Transfers data of any length with a procedure that counts to 16 bits.

@@ -78,8 +78,10 @@ enum {
     IOTEXT_WANT_BLOCK_BOUNDS = 0x20    /**< IOTEXT_ON_BLOCK_OPEN and IOTEXT_ON_BLOCK_CLOSE */
 };
 
-/** A result of the callback at IOTEXT_ON_CHARACTER: leave the character out of the item. */
-enum { IOTEXT_DROP = 2 };
+/** A result of the callback at IOTEXT_ON_CHARACTER. */
+enum {
+    IOTEXT_DROP = 2 /**< leave the character out of the item */
+};
 
 /** Flags of iotextReadString(). Other bits are ignored. */
 enum {
@@ -102,8 +104,10 @@ enum {
     IOTEXT_NO_LINE_END = 8 /**< as a result: none seen; to be written: nothing */
 };
 
-/** A flag of iotextConvert(): `input` is a string. */
-enum { IOTEXT_FROM_STRING = 0x10 };
+/** A flag of iotextConvert(), beside the style. */
+enum {
+    IOTEXT_FROM_STRING = 0x10 /**< `input` is a string */
+};
 
 /**
  * Called for each wanted event. During the first four events it must leave the source alone.
@@ -184,8 +188,8 @@ TESSEL_API int32_t iotextRead(const io_source *source, const char *delimiters, c
 TESSEL_API int32_t iotextSleep(const io_source *source, const char *delimiters, io_text *text);
 
 /**
- * Demands that nothing but white space and comments comes before the next stop character, and
- * consumes it.
+ * Passes over white space and comments up to and including the next stop character. It demands
+ * that nothing else comes before that.
  *
  * @param source      the input
  * @param delimiters  the stop set, or null for white space
@@ -277,7 +281,7 @@ TESSEL_API int32_t iotextFormat(io_stream *stream, int32_t *length);
 TESSEL_API int32_t iotextConvert(io_stream *out, const void *input, uint32_t flags);
 
 /**
- * Writes a string to a stream and every line end in it in one style, as iotextConvert() does.
+ * Writes a string to a stream, with every line end in one style. It does as iotextConvert() does.
  *
  * @param out    the stream written to; a buffer is not flushed at the end
  * @param text   a NUL-terminated string

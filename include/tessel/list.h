@@ -53,7 +53,9 @@ enum {
  * are 0, to insert behind the result if there is one, and LIST_BEFORE, to insert in front of the
  * first node.
  */
-enum { LIST_BEYOND_END = 0x8000 };
+enum {
+    LIST_BEYOND_END = 0x8000 /**< the position lies beyond the end */
+};
 
 /** Flags of listFindBit(). Other bits are ignored. */
 enum {
@@ -94,7 +96,7 @@ TESSEL_API list_node *listPush(list_node **head, uint32_t size);
 TESSEL_API void listPop(list_node **head);
 
 /**
- * Makes a node and puts it into a list as listAdd() does.
+ * Makes a node and puts it into a list, behind another node or in front. It does as listAdd() does.
  *
  * @param head   the list
  * @param after  the node to put it behind, or null for the front; disregarded if the list is empty
@@ -319,7 +321,7 @@ TESSEL_API list_node *listMaxInt2(const list_node *list, int16_t *out_value, uin
 TESSEL_API list_node *listMaxInt4(const list_node *list, int32_t *out_value, uint32_t offset);
 
 /**
- * Makes a node and puts it into a linear list or a ring as listDNAdd() does.
+ * Makes a node and puts it into a doubly linked list or a ring. It does as listDNAdd() does.
  *
  * @param head   the list
  * @param ref    the node to put it behind, or in front of; null for the first one. Disregarded if

@@ -58,7 +58,7 @@ enum {
 typedef void (*mem_convert_proc)(void *first, void *second);
 
 /**
- * Allocates a block with undefined contents.
+ * Allocates a block of memory with undefined contents.
  *
  * @param size  bytes; 0 gives what malloc(0) gives
  * @return the block, to be released with memFree(), or null when memory ran out
@@ -67,7 +67,7 @@ typedef void (*mem_convert_proc)(void *first, void *second);
 TESSEL_API void *memAlloc(uint32_t size);
 
 /**
- * Changes the size of a block, keeping its contents up to the smaller of both sizes.
+ * Changes the size of a block of memory, keeping its contents up to the smaller of both sizes.
  *
  * @param block  a block, or null to allocate one
  * @param size   bytes, above 0; what 0 does is the C library's choice, and it may release the block
@@ -78,7 +78,7 @@ TESSEL_API void *memAlloc(uint32_t size);
 TESSEL_API void *memResize(void *block, uint32_t size);
 
 /**
- * Allocates a block with all bytes zero.
+ * Allocates a block of memory with all bytes zero.
  *
  * @param size  bytes; 0 gives what malloc(0) gives
  * @return the block, to be released with memFree(), or null when memory ran out
@@ -87,7 +87,7 @@ TESSEL_API void *memResize(void *block, uint32_t size);
 TESSEL_API void *memCAlloc(uint32_t size);
 
 /**
- * Releases a block.
+ * Releases a block of memory.
  *
  * @param block  a block, or null, which does nothing
  * @see memReset(), memAlloc(), memFreeExtra()
@@ -224,7 +224,7 @@ TESSEL_API void memConvCopy(void *first, void *second, mem_convert_proc convert,
                             int32_t firstStep, int32_t secondStep);
 
 /**
- * Narrows a 32-bit integer in place: its low `width` bytes come to stand at its own address, in
+ * Narrows a 32-bit integer in place. Its low `width` bytes come to stand at its own address, in
  * machine order.
  *
  * @param address  a 32-bit integer in machine order, at any alignment
@@ -252,7 +252,8 @@ enum {
 };
 
 /**
- * Gives the bytes that a two-dimensional array takes in one block: the row table and all rows.
+ * Gives the bytes that a two-dimensional array takes in one block. They are those of the row table
+ * and of all rows.
  *
  * @param rows    number of rows
  * @param unit    base size of a row in bytes
@@ -297,8 +298,8 @@ TESSEL_API void *memAlloc2D(uint32_t rows, uint32_t unit, const void *first, con
                             uint32_t flags);
 
 /**
- * Copies each row of a two-dimensional array to the same row of another, whatever kinds of array
- * they are. The rows must not overlap.
+ * Copies each row of a two-dimensional array to the same row of another. It does so whatever kinds
+ * of array they are. The rows must not overlap.
  *
  * @param target  row table of the array that is written
  * @param source  row table of the array that is read

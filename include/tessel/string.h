@@ -172,7 +172,8 @@ TESSEL_API char *strToken(char *text, const char *set, uint32_t flags);
 TESSEL_API char *strBackwardToken(char *text, int32_t length, const char *set, uint32_t flags);
 
 /**
- * Finds the position of strToken() with STR_KEEP as an index, and writes nothing.
+ * Finds the index at which strToken() would cut a string. It is the position that strToken() with
+ * STR_KEEP would find; nothing is written.
  *
  * @param text   the string, or null
  * @param set    the set, or null for white space
@@ -184,7 +185,8 @@ TESSEL_API char *strBackwardToken(char *text, int32_t length, const char *set, u
 TESSEL_API int32_t strTokenIndex(const char *text, const char *set, uint32_t flags);
 
 /**
- * Finds the position of strBackwardToken() with STR_KEEP as an index, and writes nothing.
+ * Finds the index at which strBackwardToken() would cut a string. It is the position that
+ * strBackwardToken() with STR_KEEP would find; nothing is written.
  *
  * @param text    the string, or null; with STR_FROM_END the address behind the stretch
  * @param length  size of the stretch; 0 means the whole string, up to 2 GiB, but not with
@@ -259,7 +261,7 @@ TESSEL_API int32_t strAppendDirectorySeparator(char *path);
 TESSEL_API const char *strGetDirectorySeparator(void);
 
 /**
- * Finds the extension of a file's path: the text behind the last dot, wherever that stands.
+ * Finds the extension in a file's path. It is the text behind the last dot, wherever that stands.
  *
  * @param path  the path, or null
  * @return the address in `path`, or null if there is no dot
@@ -268,7 +270,7 @@ TESSEL_API const char *strGetDirectorySeparator(void);
 TESSEL_API const char *strGetFileExtension(const char *path);
 
 /**
- * Finds the name in a path: the text behind the last separator.
+ * Finds the file's name in a path. It is the text behind the last separator.
  *
  * @param path  the path, or null
  * @return the address in `path`, which is `path` itself where there is no separator
@@ -277,7 +279,7 @@ TESSEL_API const char *strGetFileExtension(const char *path);
 TESSEL_API const char *strGetFileName(const char *path);
 
 /**
- * Cuts a path into its parts, in place: a NUL replaces the last dot, and then the last separator in
+ * Cuts a path into its parts, in place. A NUL replaces the last dot, and then the last separator in
  * front of it. The parts live as long as the string; the path cannot be joined again from them.
  *
  * @param directoryRef  null, or where to store what precedes the separator; a constant empty text
@@ -316,10 +318,10 @@ enum {
 };
 
 /**
- * Tidies a printed floating-point number in place: the zeros behind its last significant digit go,
- * as do the minus sign of -0, -0. and -0.0 (but not that of -00) and the plus sign and leading
- * zeros of the exponent. So 1.500e+005 becomes 1.5e5. No value is computed: a text that is no
- * number is treated alike, and its last e or E splits it.
+ * Tidies a printed floating-point number in place. The zeros behind its last significant digit go,
+ * as do the minus sign of `-0`, `-0.` and `-0.0` (but not that of `-00`) and the plus sign and
+ * leading zeros of the exponent. So 1.500e+005 becomes 1.5e5. No value is computed: a text that is
+ * no number is treated alike, and its last e or E splits it.
  *
  * @param text    the number. Its zeros stay where no point precedes them, or where the point is the
  *                first character
@@ -416,7 +418,7 @@ struct str_option {
 };
 
 /**
- * Parses the next option, consuming as many arguments as it takes.
+ * Parses the next option of a command line, consuming as many arguments as it takes.
  *
  * An argument that begins with a prefix is an option. It is looked up in the table as a long option
  * first, unless STROPT_DOUBLED asks for a second prefix of the same kind in front of a long name. A
