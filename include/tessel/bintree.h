@@ -302,7 +302,8 @@ TESSEL_API int32_t bintreeAddExt(bintree_node **root, bintree_node *node, const 
  * released in the call, and the caller owns the node from then on.
  *
  * @param out_node  receives the node found, also where BINTREE_NO_ROOM then leaves it in the tree;
- *                  not written where none was found or BINTREE_NO_ROOM ended the search itself
+ *                  not written where none was found or BINTREE_NO_ROOM ended the search itself, so
+ *                  set it to null first to tell the two apart
  * @param root      the root link
  * @param key       passed on to `compare`
  * @param compare   compares a node with `key`
