@@ -6,7 +6,8 @@ set(docs_dir ${PROJECT_BINARY_DIR}/docs)
 configure_file(${PROJECT_SOURCE_DIR}/docs/Doxyfile.in ${docs_dir}/Doxyfile @ONLY)
 file(GLOB documented CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/include/tessel.h ${PROJECT_SOURCE_DIR}/include/tessel/*.h
-  ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/README.md)
+  ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/docs/guide/*.md
+  ${PROJECT_SOURCE_DIR}/README.md)
 # What is left of an earlier run would be installed with the rest.
 add_custom_command(OUTPUT ${docs_dir}/made
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${docs_dir}/html ${docs_dir}/xml ${docs_dir}/man
