@@ -55,9 +55,11 @@ function(tessel_add_page page)
   endif()
 endfunction()
 
+# A library under clang's sanitizers needs a part of them that its C++ compiler alone links.
 function(tessel_add_page_program name source)
   add_executable(${name} ${source})
   set_target_properties(${name} PROPERTIES
+    LINKER_LANGUAGE CXX
     C_STANDARD 99 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF
     CXX_STANDARD 20 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
   )
