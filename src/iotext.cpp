@@ -170,6 +170,23 @@ static char_run comment_run(char_halts &halts, uint32_t other)
     return {&no_characters, {other, 0, 0}, &halts};
 }
 
+// Brings the next character of a comment to the cursor: one that ends its runs, or any where the
+// callback wants them.
+static lookahead next_in_comment(text_scan &scan, const char_run &run, uint32_t wanted)
+{
+    for (;;) {
+        if (scan.available == 0 && !next_view(scan))
+            return lookahead::broken;
+        if (scan.available == 0)
+            return lookahead::ended;
+        if (scan.events & wanted)
+            return lookahead::enough;
+        advance(scan, ordinary_length(run, scan.cursor, scan.available));
+        if (scan.available > 0)
+            return lookahead::enough;
+    }
+}
+
 [[gnu::noinline]] static int32_t scan_line_comment(text_scan &scan)
 {
     io_text *const text = scan.text;
@@ -182,15 +199,11 @@ static char_run comment_run(char_halts &halts, uint32_t other)
     char line_feed[] = "\n";
     const char *closed_by = nullptr;
     while (!closed_by) {
-        if (scan.available == 0 && !next_view(scan))
+        const lookahead next = next_in_comment(scan, run, IOTEXT_WANT_LINE_COMMENTS);
+        if (next == lookahead::broken)
             return scan_broken;
-        if (scan.available == 0)
+        if (next == lookahead::ended)
             break;
-        if (!(scan.events & IOTEXT_WANT_LINE_COMMENTS)) {
-            advance(scan, ordinary_length(run, scan.cursor, scan.available));
-            if (scan.available == 0)
-                continue;
-        }
         char ch = *scan.cursor;
         if (!is_line_end(ch)) {
             advance(scan, 1);
@@ -255,15 +268,11 @@ static int32_t comment_fault(text_scan &scan)
     const char_run run = comment_run(halts, first_of(text->block_close, text->block_close_length));
     int32_t pending = 0;
     for (;;) {
-        if (scan.available == 0 && !next_view(scan))
+        const lookahead next = next_in_comment(scan, run, IOTEXT_WANT_BLOCK_COMMENTS);
+        if (next == lookahead::broken)
             return scan_broken;
-        if (scan.available == 0)
+        if (next == lookahead::ended)
             break;
-        if (!(scan.events & IOTEXT_WANT_BLOCK_COMMENTS)) {
-            advance(scan, ordinary_length(run, scan.cursor, scan.available));
-            if (scan.available == 0)
-                continue;
-        }
         char ch = *scan.cursor;
         if (is_line_end(ch)) {
             pending = wrap_add(pending, 1);
