@@ -32,11 +32,6 @@ inline bool is_line_end(char c)
     return c == '\n' || c == '\r';
 }
 
-inline bool is_blank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
 inline bool char_run_ends_at_other(const char_run &run, char c)
 {
     const uint32_t code = static_cast<unsigned char>(c);
@@ -100,7 +95,7 @@ inline bool add_halt(char_halts &halts, char c)
     return true;
 }
 
-#ifndef __clang__
+#if defined __GNUC__ && !defined __clang__ && __GNUC__ >= 12
 // gcc's analyzer cannot tell that no more of the array is read than was filled.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wanalyzer-use-of-uninitialized-value"
@@ -115,7 +110,7 @@ inline int32_t halt_length(const char_halts &halts, char_block block)
         hits |= block == *other;
     return first_hit(reinterpret_cast<char_block>(hits));
 }
-#ifndef __clang__
+#if defined __GNUC__ && !defined __clang__ && __GNUC__ >= 12
 #pragma GCC diagnostic pop
 #endif
 

@@ -16,12 +16,6 @@ constexpr void char_set_add(char_set &set, char c)
     set.words[index / 64] |= uint64_t{1} << index % 64;
 }
 
-constexpr void char_set_remove(char_set &set, char c)
-{
-    const auto index = static_cast<unsigned char>(c);
-    set.words[index / 64] &= ~(uint64_t{1} << index % 64);
-}
-
 constexpr bool char_set_has(const char_set &set, char c)
 {
     const auto index = static_cast<unsigned char>(c);

@@ -48,11 +48,9 @@ struct text_scan {
     uint32_t mode;      // mode bits
     char_run run;       // ends at stops, which a line end is as a line feed, and at delimiters
     char_halts halts;   // of the run, when they are found
-    bool searchable;    // they are still to be found, for `delimiters`
-    const char *delimiters;
-    char *dest;       // the item's room, or null
-    int64_t capacity; // characters that fit
-    int64_t count;    // characters of the item so far
+    char *dest;         // the item's room, or null
+    int64_t capacity;   // characters that fit
+    int64_t count;      // characters of the item so far
 };
 
 // Views
@@ -352,9 +350,6 @@ static bool find_halts(char_halts &halts, const char *delimiters, const uint32_t
 // that does not fit is left for the step that knows what to do with it.
 static void take_run(text_scan &scan)
 {
-    if (scan.searchable && find_halts(scan.halts, scan.delimiters, scan.run.others))
-        scan.run.halts = &scan.halts;
-    scan.searchable = false;
     const bool counted_only = !scan.dest || (scan.mode & IOTEXT_CUT && scan.count >= scan.capacity);
     int32_t run;
     if (counted_only) {
@@ -549,9 +544,13 @@ static bool comment_begins(const io_text &text, const char *at, int32_t visible)
 static bool find_item_end(plain_item &item, const text_call &call, const char_halts &halts,
                           const uint32_t *others)
 {
+    // No further than it takes to see that an item does not fit: what is left is read again.
+    int32_t limit = item.available;
+    if (call.dest && call.size < limit - char_block_size)
+        limit = call.size + char_block_size;
     item.length = 0;
     for (;; item.length++) {
-        item.length += halt_length(halts, item.text + item.length, item.available - item.length);
+        item.length += halt_length(halts, item.text + item.length, limit - item.length);
         if (item.length >= item.available - 1 || (call.dest && item.length >= call.size))
             return false;
         const char *const at = item.text + item.length;
@@ -650,7 +649,6 @@ static void start_scan(text_scan &scan, const char_set &stops, uint32_t mode)
     scan.run.set = &stops;
     scan.run.halts = nullptr;
     scan.run.others[0] = scan.run.others[1] = scan.run.others[2] = 0;
-    scan.searchable = false;
     scan.dest = nullptr;
     scan.capacity = 0;
     scan.count = 0;
@@ -743,8 +741,10 @@ static int32_t read_any_item(const text_call &call, const io_source &access, con
     char_set own;
     start_scan(scan, find_stops(own, call.delimiters, mode), mode);
     find_others(scan.run.others, scan.text, mode);
-    scan.delimiters = mode & IOTEXT_NO_STOP ? "" : call.delimiters;
-    scan.searchable = mode & IOTEXT_NO_STOP || !(mode & IOTEXT_INVERTED);
+    const char *const stops = mode & IOTEXT_NO_STOP ? "" : call.delimiters;
+    if ((mode & IOTEXT_NO_STOP || !(mode & IOTEXT_INVERTED)) &&
+        find_halts(scan.halts, stops, scan.run.others))
+        scan.run.halts = &scan.halts;
     scan.dest = call.dest;
     scan.capacity = int64_t{call.size} - 1;
     const int32_t result = scan_text(scan);
