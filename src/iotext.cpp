@@ -82,24 +82,36 @@ static void advance(text_scan &scan, int32_t characters)
 
 enum class lookahead { enough, ended, broken };
 
+// Opens a view of at least `minimum` characters in place of this one. None when the source failed, the
+// input ended, or it is slow in coming.
+static bool widen_view(text_scan &scan, int32_t minimum)
+{
+    scan.access.unlock(scan.access.context, scan.cursor);
+    int32_t visible = minimum;
+    void *const view = scan.access.lock(scan.access.context, reinterpret_cast<intptr_t>(&visible),
+                                        IO_LOCK_READ | IO_LOCK_AT_LEAST);
+    scan.cursor = static_cast<const char *>(view);
+    scan.available = view ? visible : 0;
+    return view != nullptr;
+}
+
 // Makes at least `minimum` characters visible.
 static lookahead look_ahead(text_scan &scan, int32_t minimum)
 {
     for (;;) {
         const int32_t before = scan.available;
-        scan.access.unlock(scan.access.context, scan.cursor);
-        int32_t visible = minimum;
-        void *const view =
-            scan.access.lock(scan.access.context, reinterpret_cast<intptr_t>(&visible),
-                             IO_LOCK_READ | IO_LOCK_AT_LEAST);
-        if (view) {
-            scan.cursor = static_cast<const char *>(view);
-            scan.available = visible;
+        if (widen_view(scan, minimum))
             return lookahead::enough;
+        if (!next_view(scan) || scan.available == 0)
+            return lookahead::broken;
+        if (scan.available > before)
+            continue;
+        // A buffer that still holds some looks alike behind a failure and at the end. But where more
+        // comes after all, the input had not ended.
+        if (widen_view(scan, before + 1)) {
+            release_view(scan);
+            return lookahead::broken;
         }
-        // No view: the source failed, the input ended, or it is slow in coming. More characters
-        // than before mean the last; over a buffer that still holds some, the other two look alike.
-        scan.cursor = nullptr;
         if (!next_view(scan) || scan.available == 0)
             return lookahead::broken;
         if (scan.available <= before)

@@ -352,7 +352,7 @@ const struct {
      [](B b) { return ioBinSearch(&b.in, 10, 1, nullptr, probe, nullptr, nullptr, 0, nullptr); }},
     {"2<12 | -1<4 2<12 -1025<4 | -1<8 2<12 0<8 | -1<12 2<12 2<12",
      [](B b) { return iotextRead(&b.source, nullptr, b.room, 9, 0, &b.text); }, ". /*c*/ab#d\ne"},
-    {"1<10 | 1<6 1<10 1<6 | -1025<6 1<10 -1025<6",
+    {"1<10 | -1<3 1<10 -1<3 | -1<6 1<10 -1<6",
      [](B b) { return iotextSleep(&b.source, ";", &b.text); }, ". a/*;*/b;"},
     {"1<8 | -1<4 1<8 -1025<4", [](B b) { return iotextWait(&b.source, ";", &b.text); }, ". /*;*/;"},
     {"1<6 | -1<4 1<6 0<4", [](B b) { return iotextObserve(&b.source, "abcde", &b.text); }},

@@ -167,8 +167,9 @@ struct io_text {
  *         IOTEXT_CANCELLED with the item so far. All of these write `line` and `count`, a cancelled
  *         block comment without its own lines, and leave the source just behind what was consumed.
  *         IOTEXT_FAILED when the source failed or the callback stopped the leading skip: `dest` may
- *         lack its terminator and `count` its meaning. A stream whose read fails right behind the
- *         first characters of a delimiter counts as ended there; the next scan meets the failure
+ *         lack its terminator and `count` its meaning. A stream that fails right behind the first
+ *         characters of a delimiter, and fails once more when asked again (its read, or the growth
+ *         of its buffer), counts as ended there; the next scan meets a failure that lasts
  * @see iotextSleep(), iotextWait(), iotextObserve(), iotextReadString(), ioLockBuffer(),
  *      ioLockMemory()
  */
