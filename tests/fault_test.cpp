@@ -45,11 +45,12 @@ const bintree_compare_proc to_gap = [](const bintree_node *node, const void *) {
 // What operations work on. A search to the end of the chain takes one step more than the first
 // growth of a path gives; a search for the pair does not, but its removal does.
 struct world {
+    static constexpr int32_t unset = 99;
     const temp_dir &dir;
-    bintree_node *tree = nullptr, *chain = nullptr, *node = nullptr, *found;
+    bintree_node *tree = nullptr, *chain = nullptr, *node = nullptr, *found = nullptr;
     list_node *list = nullptr;
     list_dnode *ring = nullptr;
-    bintree_path path = {nullptr, -1, BINTREE_GROW, 0, 0};
+    bintree_path path = {nullptr, -1, BINTREE_GROW, unset, unset};
     scripted_stream in{{'\'', 'b', '\'', 5, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}}, out;
     io_source source = {&in, ioLockBuffer, ioUnlockBuffer};
     char *text = strCopy(nullptr, "abc", 0), room[8] = "";
@@ -99,6 +100,17 @@ struct world {
         block = result == BINTREE_DONE ? found : nullptr;
         return result;
     }
+    // The result of an operation. Behind '=' is whether it found a node, and behind '@' are the end
+    // and the pivot of the path, if it wrote them.
+    std::string attempt(int32_t (*operation)(world &))
+    {
+        std::string result = std::to_string(operation(*this));
+        if (found)
+            result += '=';
+        if (path.depth != unset || path.pivot != unset)
+            result += '@' + std::to_string(path.depth) + ',' + std::to_string(path.pivot);
+        return result;
+    }
     std::string look()
     {
         EXPECT_EQ(bintreeCheckBalance(tree, pass, nullptr), 0);
@@ -130,21 +142,27 @@ const struct {
     {"1 | 0 0 0 0", [](W w) { return made(w.table = memAlloc2DExt(3, 4, 0, 0, 0)); }},
     {"1 | 0", [](W w) { return made(w.block = strCopy(nullptr, "ab", 3)); }},
     {"1 | 0", [](W w) { return made(w.block = strUnion(nullptr, "ab", "c", 3)); }},
-    {"1 | 0", [](W w) { return w.replace(strAppend(w.text, "d", 4, &w.extra)); }},
+    {"15 | -15",
+     [](W w) {
+         w.extra = 10;
+         return w.replace(strAppend(w.text, "d", 4, &w.extra)) ? w.extra : -w.extra;
+     }},
     {"1 | 0", [](W w) { return made(listPush(&w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listCreate(&w.list, w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listDNCreate(&w.ring, w.ring, sizeof *w.ring, LIST_RING)); }},
 
-    {"3 | -4 -4", [](W w) { return bintreeIterate(&w.found, w.chain, nullptr, to_end, &w.path); }},
-    {"0 | -4 -4 -3",
+    {"3@32,0 | -4 -4",
+     [](W w) { return bintreeIterate(&w.found, w.chain, nullptr, to_end, &w.path); }},
+    {"0=@32,0 | -4 -4 -3@32,0",
      [](W w) { return bintreeCreate(&w.found, &w.chain, 0, to_end, &w.path, sizeof *w.node, 0); }},
-    {"0 | -4 -4 -3",
+    {"0= | -4 -4 -3",
      [](W w) { return bintreeCreateExt(&w.found, &w.chain, 0, to_end, sizeof *w.node, 0); }},
-    {"0 | -4 -4", [](W w) { return w.add(bintreeAdd(&w.chain, w.node, 0, to_end, &w.path)); }},
+    {"0@32,0 | -4 -4", [](W w) { return w.add(bintreeAdd(&w.chain, w.node, 0, to_end, &w.path)); }},
     {"0 | -4 -4", [](W w) { return w.add(bintreeAddExt(&w.chain, w.node, 0, to_end, 0)); }},
-    {"0 | -4 -4", [](W w) { return w.cut(bintreeCut(&w.found, &w.chain, 0, to_pair, &w.path)); }},
-    {"0 | -4 -4", [](W w) { return w.cut(bintreeCutExt(&w.found, &w.chain, 0, to_pair, 0)); }},
-    {"0 | -4 -4", [](W w) { return bintreeRemove(&w.chain, nullptr, to_pair, &w.path); }},
+    {"0=@32,0 | -4 -4=@31,0",
+     [](W w) { return w.cut(bintreeCut(&w.found, &w.chain, 0, to_pair, &w.path)); }},
+    {"0= | -4 -4=", [](W w) { return w.cut(bintreeCutExt(&w.found, &w.chain, 0, to_pair, 0)); }},
+    {"0@32,0 | -4 -4@31,0", [](W w) { return bintreeRemove(&w.chain, nullptr, to_pair, &w.path); }},
     {"0 | -4 -4", [](W w) { return bintreeRemoveExt(&w.chain, nullptr, to_pair, 0); }},
     {"0 | -4 -4", [](W w) { return bintreeTraverse(w.tree, pass, nullptr, BINTREE_IN_ORDER); }},
     {"4 | -1 -1 -1", [](W w) { return bintreeGetHeight(w.tree); }},
@@ -187,7 +205,7 @@ TEST(Faults, OfEveryAllocation)
                 world w(dir);
                 const std::string before = w.look();
                 heap = {spared >= 0, spared, heap.held, 0, once};
-                std::string result = std::to_string(row.run(w));
+                std::string result = w.attempt(row.run);
                 heap.fails = false;
                 if (spared < 0) {
                     good = result;
@@ -198,7 +216,7 @@ TEST(Faults, OfEveryAllocation)
                     break;
                 (results[once] += ' ') += result;
                 EXPECT_EQ(w.look(), before) << "allocation " << spared;
-                EXPECT_EQ(std::to_string(row.run(w)), good);
+                EXPECT_EQ(w.attempt(row.run), good);
                 EXPECT_EQ(w.look(), well);
             }
         const std::string others = results[0] == results[1] ? "" : " |" + results[0];
@@ -239,8 +257,8 @@ struct bench {
                     const std::string &before = "", int32_t fault = INT32_MAX)
     {
         char pending[] = "12";
+        heap = {};
         for (scripted_stream *const s : {&in, &out}) {
-            memReset(&s->buffer);
             s->data.assign(data.begin(), data.end());
             s->back = 0;
             s->name = s == &in ? '<' : '>';
@@ -271,6 +289,9 @@ struct bench {
         EXPECT_TRUE(at >= in.data.size() && ioSyncBuffer(&in) && ioSyncBuffer(&out));
         output.append(in.data.begin(), in.data.end()).append(out.data.begin(), out.data.end());
         EXPECT_TRUE(lost || output.find("12", sizeof room) != std::string::npos);
+        memReset(&in.buffer);
+        memReset(&out.buffer);
+        EXPECT_EQ(heap.held, 0);
         return result;
     }
 };
@@ -334,6 +355,13 @@ const struct {
     {"3>8 | -1 -1>3 -1 | -1 2>7 0", [](B b) { return ioWrite(&b.out, b.room, 3, other_order); }},
     {"1>6 | 0 0>3 0 | 0 0>5 0", [](B b) { return ioWriteInt(&b.out, 7, 4); }},
     {"1<7 | 0<4 0<6 0<4", [](B b) { return made(ioReadString(&b.in, b.room, 9, 1)); },
+     ".\5abcdefg"},
+    {"1<7 | 0<4 0<6 0<4",
+     [](B b) {
+         char *const text = ioReadString(&b.in, nullptr, 0, 1);
+         memFree(text);
+         return made(text);
+     },
      ".\5abcdefg"},
     {"1>6 | 0>3 0>5 0>3 | 0>3 0>5 0>3", [](B b) { return ioWriteString(&b.out, "abc", 0, 1); }},
     {"0<8>9 | -1<4 -1<4>3 -1<4 | -1<4 -1<4>4 -1<4 | -1<4>5 -1025<7>8 -1025<4>5",
