@@ -218,17 +218,19 @@ struct session {
     text_source source;
     io_text text;
     listener ears;
+    bool recorded;
 
     outcome read(front_end how, const char *set, int32_t size, uint32_t mode)
     {
+        io_text *const record = recorded ? &text : nullptr;
         std::string room(static_cast<size_t>(size) + 1, '~'); // one more, to stay as it is
         ears.heard.clear();
         text.callback_data = reinterpret_cast<uintptr_t>(this);
         const int32_t result =
-            how == sleeps  ? iotextSleep(&source, set, &text)
-            : how == waits ? iotextWait(&source, set, &text)
-            : how          ? iotextObserve(&source, set, &text)
-                  : iotextRead(&source, set, size > 0 ? room.data() : nullptr, size, mode, &text);
+            how == sleeps  ? iotextSleep(&source, set, record)
+            : how == waits ? iotextWait(&source, set, record)
+            : how          ? iotextObserve(&source, set, record)
+                  : iotextRead(&source, set, size > 0 ? room.data() : nullptr, size, mode, record);
         return {result,          room,       text.count,       text.line, text.terminator,
                 text.error_line, ears.heard, source.position()};
     }
@@ -261,11 +263,17 @@ void run(fuzz_input input)
                                                           "azAZ09\x80\xff";
     const uint32_t how = input.byte(), play = input.byte(), events = input.byte();
     const uint32_t mode = input.byte() & (how & 0x10 ? 0x1ff : how & 0x20 ? 0xa7 : 0x50);
-    const int32_t sizes[] = {0, 1, 2, 3, 4, 25, 40, 150}, size = sizes[input.byte() % 8];
+    const uint32_t rooms = input.byte(), bare = how & 0x08; // without a record
+    const int32_t sizes[] = {0, 1, 2, 3, 4, 25, 40, 150}, size = sizes[rooms % 8];
+    shape form = shapes[how % std::size(shapes)];
+    if (form.capacity > 0 && rooms >= 8)
+        form.capacity = static_cast<int32_t>(rooms / 8);
     const std::string set = input.word(3, marks + others);
     comments delimiters = {input.word(3, marks), input.word(3, marks), input.word(3, marks)};
     if (delimiters[2].empty()) // nothing else closes a block comment
         delimiters[1].clear();
+    if (bare)
+        delimiters = {};
     const std::string text = input.text(marks + others);
 
     // Where the source fails at the end of the text, a scan fails instead of coming to that end.
@@ -275,19 +283,22 @@ void run(fuzz_input input)
         model.text.callback = session::listen;
         model.ears.plays = play % 2;
         model.ears.script.seed(play + 1);
-        session s = {{in, shapes[how % std::size(shapes)]}, model.text, model.ears};
+        session s = {{in, form}, model.text, model.ears, !bare};
         s.source.stream.fails_at_end = fails;
         broken = false;
         if (fails && s.source.lock == ioLockMemory)
             s.source.lock = lock_failing;
         // An inverted scan may stay where it is for ever.
         for (int call = 0, result = 1; call < 30 && result != 0 && result != -1; call++) {
-            s.text.callback_flags = model.text.callback_flags = events & 0x40 ? 0 : events & 0x3f;
+            s.text.callback_flags = model.text.callback_flags =
+                bare || events & 0x40 ? 0 : events & 0x3f;
             const char *const stops = events & 0x80 ? nullptr : set.c_str();
             const auto front = how < 0xc0 ? reads : static_cast<front_end>((play / 2 + call) % 4);
             const outcome expected = model.read(front, stops, size, mode);
+            if (bare) // nothing is told but the result
+                s.text = model.text;
             const outcome got = s.read(front, stops, size, mode);
-            if (fails && std::get<0>(got) == -1)
+            if ((broken || s.source.stream.failed) && std::get<0>(got) == -1)
                 return;
             expect(got == expected);
             result = std::get<0>(expected);

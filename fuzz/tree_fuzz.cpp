@@ -11,6 +11,12 @@ static int32_t compare(const bintree_node *node, const void *key)
     return reinterpret_cast<const int8_t *>(node)[head] - *static_cast<const int8_t *>(key);
 }
 
+static int32_t meet(bintree_node *node, void *met)
+{
+    static_cast<std::vector<bintree_node *> *>(met)->push_back(node);
+    return 0;
+}
+
 void run(fuzz_input input)
 {
     const uint32_t kind = input.byte(), balanced = kind & 1, grows = kind >> 1 & 1;
@@ -22,21 +28,44 @@ void run(fuzz_input input)
     bintree_node *root = nullptr;
     std::map<int8_t, bintree_node *> model;
     while (input.at < input.end) {
-        const uint32_t adds = input.byte() & 1;
+        // With a node of the caller's, and with a path of the call's own.
+        const uint32_t how = input.byte(), adds = how & 1, given = how & 2, apart = how & 4;
         const int8_t key = input.byte();
         bintree_node *node = nullptr;
-        const int32_t result = adds ? bintreeCreate(&node, &root, &key, compare, &path, head + 1, 0)
-                                    : bintreeRemove(&root, &key, compare, &path);
-        const bool full = result == BINTREE_NO_ROOM && !grows;
+        int32_t result;
+        if (given && adds) {
+            node = static_cast<bintree_node *>(memAlloc(static_cast<uint32_t>(head + 1)));
+            result = apart ? bintreeAddExt(&root, node, &key, compare, flags)
+                           : bintreeAdd(&root, node, &key, compare, &path);
+        } else if (adds)
+            result = apart ? bintreeCreateExt(&node, &root, &key, compare, head + 1, flags)
+                           : bintreeCreate(&node, &root, &key, compare, &path, head + 1, 0);
+        else if (given)
+            result = apart ? bintreeCutExt(&node, &root, &key, compare, flags)
+                           : bintreeCut(&node, &root, &key, compare, &path);
+        else
+            result = apart ? bintreeRemoveExt(&root, &key, compare, flags)
+                           : bintreeRemove(&root, &key, compare, &path);
+        const bool full = result == BINTREE_NO_ROOM && !grows && !apart;
         const int32_t otherwise = adds ? BINTREE_EXISTS : BINTREE_NOT_FOUND;
         expect(full || result == (model.count(key) == !adds ? int32_t{BINTREE_DONE} : otherwise));
+        // Create and Cut hand out what they find.
+        const int32_t finds = adds ? BINTREE_EXISTS : BINTREE_DONE;
+        expect(result != finds || !given == !adds || node == model[key]);
+        if (given && adds == (result != BINTREE_DONE))
+            memFree(node);
         if (result == BINTREE_DONE && adds)
             reinterpret_cast<int8_t *>(model[key] = node)[head] = key;
         else if (result == BINTREE_DONE)
             model.erase(key);
         expect(bintreeCount(root) == static_cast<int32_t>(model.size()));
-        for (const auto &[each, linked] : model)
-            expect(bintreeSearch(root, &each, compare) == linked);
+        std::vector<bintree_node *> met, linked;
+        bintreeTraverse(root, meet, &met, BINTREE_IN_ORDER);
+        for (const auto &[each, its] : model) {
+            expect(bintreeSearch(root, &each, compare) == its);
+            linked.push_back(its);
+        }
+        expect(met == linked);
         const auto visit = [](bintree_node *, void *) -> int32_t { return 0; };
         expect(!balanced || bintreeCheckBalance(root, visit, nullptr) == 0);
     }

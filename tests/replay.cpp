@@ -1,5 +1,5 @@
 // Runs a fuzz target without a fuzzer: over the inputs of its corpus, which the first argument names,
-// and then over random ones. The second argument may be their seed.
+// and then over random ones. The second argument may be their seed, and the third their number.
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -38,7 +38,8 @@ int main(int argc, char **argv)
     kind = "random kind";
     printf("%d inputs of the corpus, and random ones with seed %s\n", inputs, seed.c_str());
     std::mt19937 random(static_cast<uint32_t>(std::stoul(seed)));
-    for (int turn = 0; turn < 20000; turn++) {
+    const int turns = argc > 3 ? std::stoi(argv[3]) : 20000;
+    for (int turn = 0; turn < turns; turn++) {
         input.resize(random() % (turn % 8 ? 96 : 1024));
         for (uint8_t &byte : input)
             byte = static_cast<uint8_t>(random());

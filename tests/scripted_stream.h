@@ -19,6 +19,7 @@ struct scripted_stream : io_stream {
     int32_t longest_read = INT32_MAX;
     int32_t longest_write = INT32_MAX;
     bool fails_at_end = false; // reads do
+    bool failed = false;       // one has
     std::deque<int32_t> script;
     std::string log;             // "read 512 -> 3, seek -2 1 -> 1"
     std::string *journal = &log; // where calls are noted: the log, one of several streams, or none
@@ -81,6 +82,7 @@ struct scripted_stream : io_stream {
     {
         auto &s = *static_cast<scripted_stream *>(stream);
         const bool fails = s.fails_at_end && s.left() == 0;
+        s.failed = s.failed || fails;
         const int32_t most = fails ? -1 : std::min({bytes, s.left(), s.longest_read});
         const int32_t moved = s.finish("read ", bytes, most);
         if (moved > 0) {
