@@ -47,7 +47,7 @@ const bintree_compare_proc to_gap = [](const bintree_node *node, const void *) {
 struct world {
     static constexpr int32_t unset = 99;
     const temp_dir &dir;
-    bintree_node *tree = nullptr, *chain = nullptr, *node = nullptr, *found = nullptr;
+    bintree_node none = {}, *tree = nullptr, *chain = nullptr, *node = nullptr, *found = &none;
     list_node *list = nullptr;
     list_dnode *ring = nullptr;
     bintree_path path = {nullptr, -1, BINTREE_GROW, unset, unset};
@@ -100,12 +100,12 @@ struct world {
         block = result == BINTREE_DONE ? found : nullptr;
         return result;
     }
-    // The result of an operation. Behind '=' is whether it found a node, and behind '@' are the end
+    // The result of an operation. With '=' it wrote what it found, and behind '@' are the end
     // and the pivot of the path, if it wrote them.
     std::string attempt(int32_t (*operation)(world &))
     {
         std::string result = std::to_string(operation(*this));
-        if (found)
+        if (found != &none)
             result += '=';
         if (path.depth != unset || path.pivot != unset)
             result += '@' + std::to_string(path.depth) + ',' + std::to_string(path.pivot);
