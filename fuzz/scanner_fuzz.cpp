@@ -261,13 +261,13 @@ void run(fuzz_input input)
 {
     const std::string marks = "#/*\xe9 \n\r\0"s, others = "@[`{:\x7f"
                                                           "azAZ09\x80\xff";
-    const uint32_t how = input.byte(), play = input.byte(), events = input.byte();
+    const uint32_t how = input.byte(), bare = how & 0x08; // without a record, and so without events
+    const uint32_t play = input.byte(), events = input.byte() | (bare ? 0x40 : 0);
     const uint32_t mode = input.byte() & (how & 0x10 ? 0x1ff : how & 0x20 ? 0xa7 : 0x50);
-    const uint32_t rooms = input.byte(), bare = how & 0x08; // without a record
+    const uint32_t rooms = input.byte();
     const int32_t sizes[] = {0, 1, 2, 3, 4, 25, 40, 150}, size = sizes[rooms % 8];
     shape form = shapes[how % std::size(shapes)];
-    if (form.capacity > 0 && rooms >= 8)
-        form.capacity = static_cast<int32_t>(rooms / 8);
+    form.capacity += form.capacity > 0 ? rooms / 8 : 0;
     const std::string set = input.word(3, marks + others);
     comments delimiters = {input.word(3, marks), input.word(3, marks), input.word(3, marks)};
     if (delimiters[2].empty()) // nothing else closes a block comment
@@ -290,8 +290,7 @@ void run(fuzz_input input)
             s.source.lock = lock_failing;
         // An inverted scan may stay where it is for ever.
         for (int call = 0, result = 1; call < 30 && result != 0 && result != -1; call++) {
-            s.text.callback_flags = model.text.callback_flags =
-                bare || events & 0x40 ? 0 : events & 0x3f;
+            s.text.callback_flags = model.text.callback_flags = events & 0x40 ? 0 : events & 0x3f;
             const char *const stops = events & 0x80 ? nullptr : set.c_str();
             const auto front = how < 0xc0 ? reads : static_cast<front_end>((play / 2 + call) % 4);
             const outcome expected = model.read(front, stops, size, mode);

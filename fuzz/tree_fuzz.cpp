@@ -11,12 +11,6 @@ static int32_t compare(const bintree_node *node, const void *key)
     return reinterpret_cast<const int8_t *>(node)[head] - *static_cast<const int8_t *>(key);
 }
 
-static int32_t meet(bintree_node *node, void *met)
-{
-    static_cast<std::vector<bintree_node *> *>(met)->push_back(node);
-    return 0;
-}
-
 void run(fuzz_input input)
 {
     const uint32_t kind = input.byte(), balanced = kind & 1, grows = kind >> 1 & 1;
@@ -32,26 +26,22 @@ void run(fuzz_input input)
         const uint32_t how = input.byte(), adds = how & 1, given = how & 2, apart = how & 4;
         const int8_t key = input.byte();
         bintree_node *node = nullptr;
-        int32_t result;
-        if (given && adds) {
+        if (given && adds)
             node = static_cast<bintree_node *>(memAlloc(static_cast<uint32_t>(head + 1)));
-            result = apart ? bintreeAddExt(&root, node, &key, compare, flags)
-                           : bintreeAdd(&root, node, &key, compare, &path);
-        } else if (adds)
-            result = apart ? bintreeCreateExt(&node, &root, &key, compare, head + 1, flags)
-                           : bintreeCreate(&node, &root, &key, compare, &path, head + 1, 0);
-        else if (given)
-            result = apart ? bintreeCutExt(&node, &root, &key, compare, flags)
-                           : bintreeCut(&node, &root, &key, compare, &path);
-        else
-            result = apart ? bintreeRemoveExt(&root, &key, compare, flags)
-                           : bintreeRemove(&root, &key, compare, &path);
+        const int32_t result =
+            given && adds && apart ? bintreeAddExt(&root, node, &key, compare, flags)
+            : given && adds        ? bintreeAdd(&root, node, &key, compare, &path)
+            : given && apart       ? bintreeCutExt(&node, &root, &key, compare, flags)
+            : given                ? bintreeCut(&node, &root, &key, compare, &path)
+            : adds && apart        ? bintreeCreateExt(&node, &root, &key, compare, head + 1, flags)
+            : adds                 ? bintreeCreate(&node, &root, &key, compare, &path, head + 1, 0)
+            : apart                ? bintreeRemoveExt(&root, &key, compare, flags)
+                                   : bintreeRemove(&root, &key, compare, &path);
         const bool full = result == BINTREE_NO_ROOM && !grows && !apart;
         const int32_t otherwise = adds ? BINTREE_EXISTS : BINTREE_NOT_FOUND;
         expect(full || result == (model.count(key) == !adds ? int32_t{BINTREE_DONE} : otherwise));
-        // Create and Cut hand out what they find.
-        const int32_t finds = adds ? BINTREE_EXISTS : BINTREE_DONE;
-        expect(result != finds || !given == !adds || node == model[key]);
+        const bool found = result == int32_t{adds ? BINTREE_EXISTS : BINTREE_DONE};
+        expect(!found || !given == !adds || node == model[key]); // of Create and Cut
         if (given && adds == (result != BINTREE_DONE))
             memFree(node);
         if (result == BINTREE_DONE && adds)
@@ -59,13 +49,13 @@ void run(fuzz_input input)
         else if (result == BINTREE_DONE)
             model.erase(key);
         expect(bintreeCount(root) == static_cast<int32_t>(model.size()));
-        std::vector<bintree_node *> met, linked;
-        bintreeTraverse(root, meet, &met, BINTREE_IN_ORDER);
-        for (const auto &[each, its] : model) {
-            expect(bintreeSearch(root, &each, compare) == its);
-            linked.push_back(its);
-        }
-        expect(met == linked);
+        auto next = model.begin();
+        const auto meet = [](bintree_node *met, void *at) -> int32_t {
+            return (*static_cast<decltype(next) *>(at))++->second != met;
+        };
+        expect(bintreeTraverse(root, meet, &next, BINTREE_IN_ORDER) == 0);
+        for (const auto &[each, linked] : model)
+            expect(bintreeSearch(root, &each, compare) == linked);
         const auto visit = [](bintree_node *, void *) -> int32_t { return 0; };
         expect(!balanced || bintreeCheckBalance(root, visit, nullptr) == 0);
     }

@@ -56,7 +56,7 @@ struct world {
     char *text = strCopy(nullptr, "abc", 0), room[8] = "";
     void *block = nullptr, *body = nullptr, *table = nullptr;
     compat_dir *opened = nullptr;
-    int32_t extra = 10;
+    int32_t extra;
 
     explicit world(const temp_dir &directory) : dir(directory)
     {
@@ -100,16 +100,14 @@ struct world {
         block = result == BINTREE_DONE ? found : nullptr;
         return result;
     }
-    // The result of an operation. With '=' it wrote what it found, and behind '@' are the end
-    // and the pivot of the path, if it wrote them.
+    // The result, '=' if it comes with a node, and behind '@' what was written to the path.
     std::string attempt(int32_t (*operation)(world &))
     {
+        extra = 10;
         std::string result = std::to_string(operation(*this));
-        if (found != &none)
-            result += '=';
-        if (path.depth != unset || path.pivot != unset)
-            result += '@' + std::to_string(path.depth) + ',' + std::to_string(path.pivot);
-        return result;
+        result += found == &none ? "" : "=";
+        const std::string end = std::to_string(path.depth) + ',' + std::to_string(path.pivot);
+        return path.depth == unset && path.pivot == unset ? result : result + '@' + end;
     }
     std::string look()
     {
@@ -143,10 +141,7 @@ const struct {
     {"1 | 0", [](W w) { return made(w.block = strCopy(nullptr, "ab", 3)); }},
     {"1 | 0", [](W w) { return made(w.block = strUnion(nullptr, "ab", "c", 3)); }},
     {"15 | -15",
-     [](W w) {
-         w.extra = 10;
-         return w.replace(strAppend(w.text, "d", 4, &w.extra)) ? w.extra : -w.extra;
-     }},
+     [](W w) { return w.replace(strAppend(w.text, "d", 4, &w.extra)) ? w.extra : -w.extra; }},
     {"1 | 0", [](W w) { return made(listPush(&w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listCreate(&w.list, w.list, sizeof *w.list)); }},
     {"1 | 0", [](W w) { return made(listDNCreate(&w.ring, w.ring, sizeof *w.ring, LIST_RING)); }},
@@ -237,7 +232,7 @@ struct bench {
     io_source source = {&in, ioLockBuffer, ioUnlockBuffer};
     io_text text = {0, 1, 2, 2, "#", "/*", "*/", nullptr, 0, 0, 0, 0, 0};
     char room[16];
-    void *rows[2] = {room, room + 4};
+    void *rows[2] = {room, room + 4}, *block = nullptr;
     std::string calls, output, well;
 
     // The result of an operation. Behind '<' and '>' is where the streams have got to, if they have.
@@ -289,6 +284,7 @@ struct bench {
         EXPECT_TRUE(at >= in.data.size() && ioSyncBuffer(&in) && ioSyncBuffer(&out));
         output.append(in.data.begin(), in.data.end()).append(out.data.begin(), out.data.end());
         EXPECT_TRUE(lost || output.find("12", sizeof room) != std::string::npos);
+        memReset(&block);
         memReset(&in.buffer);
         memReset(&out.buffer);
         EXPECT_EQ(heap.held, 0);
@@ -356,12 +352,7 @@ const struct {
     {"1>6 | 0 0>3 0 | 0 0>5 0", [](B b) { return ioWriteInt(&b.out, 7, 4); }},
     {"1<7 | 0<4 0<6 0<4", [](B b) { return made(ioReadString(&b.in, b.room, 9, 1)); },
      ".\5abcdefg"},
-    {"1<7 | 0<4 0<6 0<4",
-     [](B b) {
-         char *const text = ioReadString(&b.in, nullptr, 0, 1);
-         memFree(text);
-         return made(text);
-     },
+    {"1<7 | 0<4 0<6 0<4", [](B b) { return made(b.block = ioReadString(&b.in, nullptr, 0, 1)); },
      ".\5abcdefg"},
     {"1>6 | 0>3 0>5 0>3 | 0>3 0>5 0>3", [](B b) { return ioWriteString(&b.out, "abc", 0, 1); }},
     {"0<8>9 | -1<4 -1<4>3 -1<4 | -1<4 -1<4>4 -1<4 | -1<4>5 -1025<7>8 -1025<4>5",

@@ -38,8 +38,7 @@ int main(int argc, char **argv)
     kind = "random kind";
     printf("%d inputs of the corpus, and random ones with seed %s\n", inputs, seed.c_str());
     std::mt19937 random(static_cast<uint32_t>(std::stoul(seed)));
-    const int turns = argc > 3 ? std::stoi(argv[3]) : 20000;
-    for (int turn = 0; turn < turns; turn++) {
+    for (int turn = argc > 3 ? std::stoi(argv[3]) : 20000; turn > 0; turn--) {
         input.resize(random() % (turn % 8 ? 96 : 1024));
         for (uint8_t &byte : input)
             byte = static_cast<uint8_t>(random());

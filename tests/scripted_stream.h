@@ -18,8 +18,7 @@ struct scripted_stream : io_stream {
     int32_t back = 0;
     int32_t longest_read = INT32_MAX;
     int32_t longest_write = INT32_MAX;
-    bool fails_at_end = false; // reads do
-    bool failed = false;       // one has
+    bool fails_at_end = false, failed = false; // reads do, and one has
     std::deque<int32_t> script;
     std::string log;             // "read 512 -> 3, seek -2 1 -> 1"
     std::string *journal = &log; // where calls are noted: the log, one of several streams, or none
