@@ -438,6 +438,16 @@ TEST(Faults, OfTheSystem)
     EXPECT_EQ(read_file(target), text.substr(0, 13));
     EXPECT_TRUE(copy_file(target, source) == IO_COPIED && read_file(target) == text);
 
+    // What a full device does not take stays in the buffer, and the file open.
+    io_stream full = {};
+    full.write = fileWrite;
+    ASSERT_EQ(fileOpen(&full, "/dev/full", FILE_WRITE | FILE_EXISTING), 1);
+    EXPECT_TRUE(ioAllocBuffer(&full, 8) && ioWriteInt(&full, 7, 4));
+    EXPECT_EQ(ioFlushBuffer(&full) + fileClose(&full), 0);
+    EXPECT_EQ(full.buffer->position, 4);
+    EXPECT_EQ(ioFreeBuffer(&full), 0);
+    EXPECT_EQ(fileClose(&full), 1);
+
     fs::remove(target);
     const auto vanish = [](void *path, int32_t) { return 0 * unlink(static_cast<char *>(path)); };
     EXPECT_EQ(copy_file(target, source, vanish, const_cast<char *>(target.c_str())), IO_COPIED);

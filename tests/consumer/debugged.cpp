@@ -11,7 +11,9 @@ static int32_t compare(const bintree_node *node, const void *key)
     return reinterpret_cast<const number *>(node)->value - *static_cast<const int32_t *>(key);
 }
 
-static void stand_still() {}
+static void stand_still()
+{
+}
 
 int main()
 {
