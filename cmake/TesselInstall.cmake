@@ -25,8 +25,13 @@ install(FILES ${public_headers}
 # find_package(tessel CONFIG)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tessel)
 # Before 1.0 a minor version may change the interface.
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  set(compatibility SameMinorVersion)
+else()
+  set(compatibility SameMajorVersion)
+endif()
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/tesselConfigVersion.cmake
-  COMPATIBILITY SameMinorVersion)
+  COMPATIBILITY ${compatibility})
 install(EXPORT tessel NAMESPACE tessel:: FILE tesselTargets.cmake
   DESTINATION ${package_dir} COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/cmake/tesselConfig.cmake
@@ -44,6 +49,9 @@ endif()
 cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_LIBDIR BASE_DIRECTORY "\${prefix}" OUTPUT_VARIABLE pc_libdir)
 cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_INCLUDEDIR BASE_DIRECTORY "\${prefix}"
   OUTPUT_VARIABLE pc_includedir)
+if(NOT BUILD_SHARED_LIBS)
+  set(pc_static " -DTESSEL_STATIC")
+endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tessel.pc.in tessel.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tessel.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
@@ -56,13 +64,15 @@ if(BUILD_SHARED_LIBS AND UNIX)
 endif()
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-  ${PROJECT_SOURCE_DIR}/LICENSE
+  ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md ${PROJECT_SOURCE_DIR}/LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation FILES_MATCHING PATTERN *.md)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 
 # All that was installed, and the folders that are empty then and bear the library's name.
-configure_file(${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake.in uninstall.cmake @ONLY)
-add_custom_target(uninstall ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_BINARY_DIR}/uninstall.cmake)
+if(PROJECT_IS_TOP_LEVEL)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake.in uninstall.cmake @ONLY)
+  add_custom_target(uninstall ${CMAKE_COMMAND} -P ${CMAKE_CURRENT_BINARY_DIR}/uninstall.cmake)
+endif()

@@ -10,3 +10,11 @@ foreach(library tessel::tessel tessel::tessel_static)
     endforeach()
   endif()
 endforeach()
+
+# Where the one library is static it has this name as well.
+get_target_property(kind tessel::tessel TYPE)
+if(kind STREQUAL STATIC_LIBRARY AND NOT TARGET tessel::tessel_static)
+  add_library(tessel::tessel_static INTERFACE IMPORTED)
+  set_target_properties(tessel::tessel_static PROPERTIES
+    INTERFACE_LINK_LIBRARIES tessel::tessel)
+endif()

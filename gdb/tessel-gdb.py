@@ -41,6 +41,8 @@ class NodesCommand(gdb.Command):
 
     def invoke(self, argument, from_tty):
         arguments = gdb.string_to_argv(argument)
+        # In C a type has two words.
+        arguments[1:] = [" ".join(arguments[1:])] if arguments[1:] else []
         if not 1 <= len(arguments) <= 2:
             raise gdb.GdbError("a pointer to a node, and perhaps a type")
         kind = gdb.lookup_type(arguments[1]).pointer() if len(arguments) == 2 else None

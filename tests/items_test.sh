@@ -20,7 +20,7 @@ check() {
 
 cp "$sample/sample.conf" "$place"
 cd "$place" || exit 1
-$emulator "$items" sample.conf >printed
+$emulator "$items" sample.conf >printed || failed=1
 cp "$sample/sample.items" wanted
 check items
 
@@ -28,7 +28,7 @@ mkdir folder
 printf 'b a # a comment a\na /* a a\n*/ "q"\n' >folder/words
 printf 'a\0c' >folder/binary
 # Below a folder only line comments are left out.
-$emulator "$wordcount" folder/words folder >printed
+$emulator "$wordcount" folder/words folder >printed || failed=1
 cat >wanted <<'END'
 folder: 1 text files, 0 of them not to their end; 1 others passed over
       6  a                        ========================================

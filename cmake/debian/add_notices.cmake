@@ -1,6 +1,10 @@
-# Run by cpack before it packs: each package of Debian's form has the licence and a change log of
-# that form under its own name.
+# Run by cpack before it packs. Each package of Debian's form has the licence and a change log of that
+# form under its own name.
 cmake_minimum_required(VERSION 3.25)
+# What cpack installs for itself is nothing to uninstall.
+file(GLOB manifests ${CPACK_TESSEL_BINARY_DIR}/install_manifest*.txt)
+file(REMOVE ${manifests})
+
 if(NOT CPACK_GENERATOR STREQUAL DEB)
   return()
 endif()

@@ -8,7 +8,9 @@ struct number {
 
 static int32_t compare(const bintree_node *node, const void *key)
 {
-    return reinterpret_cast<const number *>(node)->value - *static_cast<const int32_t *>(key);
+    const int32_t value = reinterpret_cast<const number *>(node)->value;
+    const int32_t wanted = *static_cast<const int32_t *>(key);
+    return (value > wanted) - (value < wanted);
 }
 
 static void stand_still()

@@ -79,7 +79,7 @@ def items_of(text):
 
 @COMPARE
 def compare(node, key):
-    return node.contents.value - key
+    return (node.contents.value > key) - (node.contents.value < key)
 
 
 def tree_of(values):
