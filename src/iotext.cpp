@@ -112,10 +112,7 @@ static lookahead look_ahead(text_scan &scan, int32_t minimum)
             release_view(scan);
             return lookahead::broken;
         }
-        if (!next_view(scan) || scan.available == 0)
-            return lookahead::broken;
-        if (scan.available <= before)
-            return lookahead::ended;
+        return next_view(scan) && scan.available > 0 ? lookahead::ended : lookahead::broken;
     }
 }
 
