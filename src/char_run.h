@@ -173,8 +173,8 @@ inline void store_front(char *to, char_block block, int32_t length)
         0xff, 0xff, 0xff, 0xff, 0,    0,    0,    0,    0,    0,    0,    0,
         0,    0,    0,    0,    0,    0,    0,    0,    0xff, 0xff, 0xff, 0xff,
         0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-    const char_block front = load<char_block>(masks + size - length);
-    const char_block rest = load<char_block>(masks + 2 * size - length);
+    const char_block front = load<char_block>(masks + (size - length));
+    const char_block rest = load<char_block>(masks + (2 * size - length));
     const char_block behind = load<char_block>(to);
     store(to, (block & front) | (behind & rest));
 }
