@@ -183,16 +183,6 @@ static bool is_small(int32_t request, uint32_t descriptor)
            element_conversion(descriptor) == MEM_CONVERT_NONE;
 }
 
-static void copy_small(void *dest, const void *source, int32_t bytes)
-{
-    if (bytes == 4)
-        store(dest, load<uint32_t>(source));
-    else if (bytes == 1)
-        store(dest, load<uint8_t>(source));
-    else
-        store(dest, load<uint16_t>(source));
-}
-
 [[gnu::noinline]] static int32_t read_elements(io_stream *stream, void *dest, int32_t count,
                                                uint32_t descriptor)
 {
@@ -217,7 +207,7 @@ int32_t ioRead(io_stream *stream, void *dest, int32_t count, uint32_t descriptor
     if (!buffer || !stream->read || !is_small(request, descriptor) ||
         buffer->count - buffer->position < request)
         return read_elements(stream, dest, count, descriptor);
-    copy_small(dest, io_current(buffer), request);
+    copy_bytes(dest, io_current(buffer), static_cast<uint32_t>(request));
     buffer->position += request;
     return count;
 }
@@ -264,7 +254,7 @@ int32_t ioWrite(io_stream *stream, void *source, int32_t count, uint32_t descrip
     if (!buffer || !stream->write || !is_small(request, descriptor) ||
         buffer->mode != IO_MODE_WRITE || buffer->size - buffer->position < request)
         return write_elements(stream, source, count, descriptor);
-    copy_small(io_current(buffer), source, request);
+    copy_bytes(io_current(buffer), source, static_cast<uint32_t>(request));
     buffer->position += request;
     return count;
 }
